@@ -1,0 +1,87 @@
+# How every target of the project is compiled, and what a shared library of
+# the project promises about its binary.
+include_guard()
+include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+
+find_program(KORVAN_CCACHE ccache)
+mark_as_advanced(KORVAN_CCACHE)
+if(KORVAN_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${KORVAN_CCACHE}")
+endif()
+
+option(KORVAN_WARNINGS_AS_ERRORS "Fail the build on a warning" OFF)
+set(KORVAN_WARNINGS
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast)
+set(KORVAN_SANITIZE "" CACHE STRING
+  "Sanitizers for every target, as -fsanitize= takes them")
+
+# What holds for programs and libraries alike.
+add_library(korvan_build_flags INTERFACE)
+target_compile_options(korvan_build_flags INTERFACE ${KORVAN_WARNINGS}
+  $<$<BOOL:${KORVAN_WARNINGS_AS_ERRORS}>:-Werror>)
+if(KORVAN_SANITIZE)
+  target_compile_options(korvan_build_flags INTERFACE
+    -fsanitize=${KORVAN_SANITIZE} -fno-sanitize-recover=all
+    -fno-omit-frame-pointer)
+  target_link_options(korvan_build_flags INTERFACE
+    -fsanitize=${KORVAN_SANITIZE})
+endif()
+
+foreach(flag -fstack-protector-strong -fstack-clash-protection
+    -fcf-protection=full -fno-gnu-unique -fno-semantic-interposition -fno-plt)
+  string(MAKE_C_IDENTIFIER "KORVAN_HAS${flag}" has_flag)
+  check_cxx_compiler_flag("-Werror ${flag}" ${has_flag})
+  if(${has_flag})
+    list(APPEND korvan_hardening ${flag})
+  endif()
+endforeach()
+check_linker_flag(CXX "LINKER:--fatal-warnings,-z,pack-relative-relocs"
+  KORVAN_HAS_PACKED_RELATIVE_RELOCATIONS)
+
+# korvan_shared_library(<target>) gives a library of the project its name,
+# version, headers, hardening and visibility. Its exported symbols stand in
+# packaging/<target>.map.
+function(korvan_shared_library target)
+  set(map "${PROJECT_SOURCE_DIR}/packaging/${target}.map")
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    LINK_DEPENDS "${map}")
+  if(NOT target STREQUAL PROJECT_NAME)
+    set_target_properties(${target} PROPERTIES
+      OUTPUT_NAME ${PROJECT_NAME}_${target})
+  endif()
+  target_compile_features(${target} PUBLIC cxx_std_11)
+  target_include_directories(${target}
+    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+           $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(${target} PRIVATE
+    $<BUILD_INTERFACE:korvan_build_flags>)
+  target_compile_options(${target} PRIVATE ${korvan_hardening})
+  target_link_options(${target} PRIVATE
+    LINKER:--version-script=${map}
+    LINKER:-z,relro,-z,now,-z,noexecstack,--as-needed,-O1)
+  if(KORVAN_HAS_PACKED_RELATIVE_RELOCATIONS)
+    target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
+  endif()
+  # Sanitizers bring their own checks of libc calls, and symbols of their own.
+  if(NOT KORVAN_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+    if(KORVAN_PLATFORM STREQUAL bundled)
+      target_link_options(${target} PRIVATE LINKER:-z,defs)
+    endif()
+  endif()
+endfunction()

@@ -1,0 +1,11 @@
+#ifndef KORVAN_KORVAN_H_
+#define KORVAN_KORVAN_H_
+
+/// @file
+/// The whole interface of the library.
+
+#include <korvan/cryptoapi.h>
+#include <korvan/export.h>
+#include <korvan/string_resources.h>
+
+#endif  // KORVAN_KORVAN_H_
