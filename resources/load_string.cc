@@ -12,14 +12,13 @@ int LoadString_korvan(void* /*hModule*/, unsigned int uID, char* lpBuffer,
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  const korvan::resources::Text* const found =
-      korvan::resources::FindText(uID);
+  const korvan::resources::Text* const found = korvan::resources::FindText(uID);
   if (found == nullptr) {
     SetLastError(ERROR_INVALID_PARAMETER);
     lpBuffer[0] = '\0';
     return 0;
   }
   // A negative size becomes the largest there is, and cuts nothing.
-  return static_cast<int>(found->view().copy(
-      lpBuffer, static_cast<std::size_t>(cchBufferMax)));
+  return static_cast<int>(
+      found->view().copy(lpBuffer, static_cast<std::size_t>(cchBufferMax)));
 }

@@ -68,18 +68,18 @@ typedef struct _PUBLICKEYSTRUC {
 
 /// What CryptoAPI knows of an OID.
 typedef struct _CRYPT_OID_INFO {
-  DWORD cbSize;       ///< Size of this structure in bytes.
-  LPCSTR pszOID;      ///< Dotted OID, NUL-terminated.
-  LPCWSTR pwszName;   ///< Display name, NUL-terminated.
-  DWORD dwGroupId;    ///< One of the `*_OID_GROUP_ID` values.
+  DWORD cbSize;      ///< Size of this structure in bytes.
+  LPCSTR pszOID;     ///< Dotted OID, NUL-terminated.
+  LPCWSTR pwszName;  ///< Display name, NUL-terminated.
+  DWORD dwGroupId;   ///< One of the `*_OID_GROUP_ID` values.
   union {
-    DWORD dwValue;    ///< The value under its general name,
-    ALG_ID Algid;     ///< as the algorithm of an algorithm group,
-    DWORD dwLength;   ///< as a length.
+    DWORD dwValue;   ///< The value under its general name,
+    ALG_ID Algid;    ///< as the algorithm of an algorithm group,
+    DWORD dwLength;  ///< as a length.
   };
-  CRYPT_DATA_BLOB ExtraInfo;   ///< Little-endian 32-bit words, by group.
-  LPCWSTR pwszCNGAlgid;        ///< Name of the algorithm in CNG.
-  LPCWSTR pwszCNGExtraAlgid;   ///< Name of the second algorithm in CNG.
+  CRYPT_DATA_BLOB ExtraInfo;  ///< Little-endian 32-bit words, by group.
+  LPCWSTR pwszCNGAlgid;       ///< Name of the algorithm in CNG.
+  LPCWSTR pwszCNGExtraAlgid;  ///< Name of the second algorithm in CNG.
 } CRYPT_OID_INFO;
 
 /// @name Algorithm identifiers

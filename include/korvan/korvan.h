@@ -6,6 +6,7 @@
 
 #include <korvan/cryptoapi.h>
 #include <korvan/export.h>
+#include <korvan/oid_info.h>
 #include <korvan/string_resources.h>
 
 #endif  // KORVAN_KORVAN_H_

@@ -1,0 +1,198 @@
+#ifndef KORVAN_OID_INFO_H_
+#define KORVAN_OID_INFO_H_
+
+#include <korvan/cryptoapi.h>
+#include <korvan/export.h>
+
+/// @file
+/// The OID registry: 259 records in nine groups that translate between dotted
+/// OIDs, display names and algorithm identifiers.
+///
+///     char oid[] = "1.2.643.2.2.19";
+///     korvan::COidData* found = korvan::FindOIDInfo(
+///         CRYPT_OID_INFO_OID_KEY, oid, CRYPT_PUBKEY_ALG_OID_GROUP_ID);
+///     // found->Algid is 0x2E23, found->pwszName L"GOST R 34.10-2001"
+///
+/// Names. Many records are named by a number of the string table
+/// (<korvan/string_resources.h>). Such a number, 1 to 0xFFFF, stands in
+/// `pwszName` until a lookup first needs the name; then the lookup loads the
+/// text, and from there on `pwszName` points to it. A number without a text
+/// leaves the name null for good. EVERY RECORD THAT A LOOKUP RETURNS HAS ITS
+/// NAME RESOLVED: to text or to null, never a number. Whoever walks
+/// `oid_registry` by hand meets the numbers too.
+///
+/// Errors. A lookup reports failure by null and sets no last-error code of its
+/// own. Loading a name whose text is missing leaves behind the 87,
+/// `ERROR_INVALID_PARAMETER`, of `LoadString_korvan`, also where the lookup
+/// succeeds. The only exception is `std::bad_alloc`, when there is no memory
+/// for a name: the record's name then stays null for good.
+///
+/// Threads. Lookups may run on any number of threads at once, first use of a
+/// name included: all come back with the one name that is kept. Lookups of
+/// resolved records take no lock and write nothing. NO LOOKUP MAY OVERLAP
+/// `CleanupOidInfo`, which also runs when the library is unloaded and when the
+/// process exits.
+
+namespace korvan {
+
+/// Group of GOST R 34.10 and Diffie-Hellman parameter sets; the provider's
+/// own, beside CryptoAPI's groups 1 to 8.
+constexpr DWORD PARAMSET_OID_GROUP_ID = 20;
+
+/// One record: CryptoAPI's `CRYPT_OID_INFO`, then the library's own flags. It
+/// can be handed to any code that expects a `CRYPT_OID_INFO`.
+///
+/// All strings and bytes that the registry's records point to are read-only.
+/// The registry writes `pwszName` and bit 0x2 of `dwOidFlags`, and nothing
+/// else; callers write nothing.
+struct COidData {
+  DWORD cbSize;      ///< 64, the size of the `CRYPT_OID_INFO` part in bytes.
+  LPCSTR pszOID;     ///< Dotted OID; never null in the registry.
+  LPCWSTR pwszName;  ///< Display name, number of a text, or null.
+  DWORD dwGroupId;   ///< Id of the group that holds the record.
+  union {
+    DWORD dwValue;   ///< `Algid` under CryptoAPI's general name.
+    ALG_ID Algid;    ///< The algorithm in groups 1 to 4, 0 in the others.
+    DWORD dwLength;  ///< `Algid` under CryptoAPI's other name.
+  };
+  /// Little-endian 32-bit words. Group 3: flags. Group 4: `ALG_ID` of the
+  /// public key, then flags if there are any. Group 5: acceptable value types,
+  /// ended by a 0. Elsewhere, and where a record has none, 0 bytes and null.
+  CRYPT_DATA_BLOB ExtraInfo;
+  LPCWSTR pwszCNGAlgid;       ///< Name in CNG; empty where there is none.
+  LPCWSTR pwszCNGExtraAlgid;  ///< Second name in CNG; empty where none.
+  /// Bit 0x1, the mark, is for callers: set on the GOST and own algorithms
+  /// and on some other records; the library does not read it. Bit 0x2 says
+  /// that `pwszName` belongs to the registry.
+  DWORD dwOidFlags;
+};
+
+/// One group of records.
+struct OID_TABLE_INFO {
+  DWORD dwGroupId;      ///< Id of the group.
+  int cRecords;         ///< Number of records; 0 or less is an empty table.
+  COidData* rgRecords;  ///< The first of the records; they lie in a row.
+};
+
+/// The nine groups, in the order in which they are searched: 1 to 8, then 20.
+/// The array is constant, the records are written as `COidData` says.
+KORVAN_API extern const OID_TABLE_INFO oid_registry[9];
+
+/// Finds the first record that matches a key, in one group or in all.
+///
+/// @param dwKeyType  what `pvKey` points to:
+///   - 1, `CRYPT_OID_INFO_OID_KEY`: a NUL-terminated dotted OID, compared byte
+///     for byte;
+///   - 2, `CRYPT_OID_INFO_NAME_KEY`: a NUL-terminated wide name, compared
+///     without regard to case as the current C locale folds it;
+///   - 3, `CRYPT_OID_INFO_ALGID_KEY`: one 32-bit `ALG_ID`;
+///   - 4, `CRYPT_OID_INFO_SIGN_KEY`: two 32-bit `ALG_ID`s, of the hash and of
+///     the public key. RECORDS WITHOUT EXTRA INFORMATION COUNT AS 0 in the
+///     second: {0x8004, 0} finds the hash "sha1".
+///
+///   Any other value matches nothing.
+/// @param pvKey      the key; only read. Null matches nothing.
+/// @param dwGroupId  id of the group to search, 0 for all in the order of
+///                   `oid_registry`. The top bit,
+///                   `CRYPT_OID_DISABLE_SEARCH_DS_FLAG`, is ignored.
+/// @return the first record in array order that matches, its name resolved; it
+///         belongs to the registry and is valid until the library is unloaded.
+///         Null when there is none.
+///
+/// A search by name loads the name of every record that it passes, up to and
+/// including the match; a search by name in all groups that finds nothing
+/// loads every name there is.
+///
+/// @throws std::bad_alloc when there is no memory for a name.
+///
+/// Any thread may call it, see the head of this file. It sets no last-error
+/// code but the 87 of a missing text. Key types and group ids are CryptoAPI's,
+/// as for its `CryptFindOIDInfo`.
+KORVAN_API COidData* FindOIDInfo(unsigned int dwKeyType, void* pvKey,
+                                 unsigned int dwGroupId);
+
+/// Does what `FindOIDInfo` does; that one only calls it.
+///
+/// @param dwKeyType  as for `FindOIDInfo`.
+/// @param pvKey      as for `FindOIDInfo`.
+/// @param dwGroupId  as for `FindOIDInfo`.
+/// @return as `FindOIDInfo`.
+/// @throws std::bad_alloc when there is no memory for a name.
+KORVAN_API COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
+                                         unsigned int dwGroupId);
+
+/// Finds the first record of one table that matches a key.
+///
+/// @param table      the table: one of `oid_registry`, or a caller's own. Its
+///                   group id is not looked at. A table with no records, by
+///                   its count or by a null pointer, matches nothing.
+/// @param dwKeyType  as for `FindOIDInfo`.
+/// @param pvKey      as for `FindOIDInfo`; null matches nothing.
+/// @return the first record in array order that matches, its name resolved;
+///         null when there is none. Names loaded into a caller's own records
+///         are the caller's, see `InitOidInfoWorker`.
+/// @throws std::bad_alloc when there is no memory for a name.
+///
+/// Threads and the last error are as for `FindOIDInfo`.
+KORVAN_API COidData* FindOIDInfoInternal(const OID_TABLE_INFO& table,
+                                         unsigned int dwKeyType, void* pvKey);
+
+/// Tells whether a record matches a key.
+///
+/// @param record     the record: one of the registry's, or a caller's own.
+/// @param dwKeyType  as for `FindOIDInfo`.
+/// @param pvKey      as for `FindOIDInfo`; null matches nothing.
+/// @return true when the record matches. A record without an OID matches no
+///         OID, one without a name no name.
+///
+/// With key type 2, a number in the record's name is first replaced by its
+/// text, as `InitOidInfoWorker` does; no other key type loads a name.
+///
+/// @throws std::bad_alloc when there is no memory for a name.
+///
+/// Threads and the last error are as for `FindOIDInfo`.
+KORVAN_API bool MatchOidInfo(COidData& record, unsigned int dwKeyType,
+                             void* pvKey);
+
+/// Gives a record the name that has a number in the string table.
+///
+/// @param record       the record: one of the registry's, or a caller's own.
+/// @param uResourceId  number of the text, see <korvan/string_resources.h>.
+///
+/// Afterwards bit 0x2 of `dwOidFlags` is set, and `pwszName` is the text, as a
+/// `new[]` array that ends in a zero; or null, when no text has that number,
+/// when the current C locale can't convert it, or when an exception passes.
+/// WHAT `pwszName` HELD BEFORE IS NOT FREED.
+///
+/// `CleanupOidInfo` frees the name of a registry's record. The name of a
+/// caller's own record belongs to the caller, who frees it with `delete[]`.
+///
+/// @throws std::bad_alloc when there is no memory for the name.
+///
+/// The lookups call this themselves, safely on any number of threads. A direct
+/// call must not overlap another use of the same record. A missing text sets
+/// the last error to 87, `ERROR_INVALID_PARAMETER`.
+KORVAN_API void InitOidInfoWorker(COidData& record, unsigned int uResourceId);
+
+/// Frees every name that was loaded into the registry's records.
+///
+/// A record whose name was loaded, or whose load failed, HAS NO NAME FROM THEN
+/// ON and never loads it again; a record that was not yet used keeps its
+/// number and loads normally. Calling it again does nothing.
+///
+/// It cannot fail, sets no last-error code, and must not overlap any lookup or
+/// any use of a name that a lookup returned. The library calls it when it is
+/// unloaded or the process exits; others need not.
+KORVAN_API void CleanupOidInfo();
+
+/// Calls `CleanupOidInfo` when it is destroyed. The library holds one, whose
+/// destruction is the unloading of the library or the end of the process.
+class KORVAN_API COidInfoCleanupHelper {
+ public:
+  /// Calls `CleanupOidInfo`.
+  ~COidInfoCleanupHelper();
+};
+
+}  // namespace korvan
+
+#endif  // KORVAN_OID_INFO_H_

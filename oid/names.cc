@@ -1,0 +1,158 @@
+#include "oid/names.h"
+
+#include <korvan/oid_info.h>
+#include <korvan/string_resources.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cwchar>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "oid/registry.h"
+#include "oid/rows.h"
+
+namespace korvan {
+namespace oid {
+namespace {
+
+constexpr DWORD kNameIsOwned = 0x2;
+
+// One bit a row, set while its name is not settled.
+constexpr RowNumber kBits = 64;
+
+constexpr std::uint64_t UnloadedNames(RowNumber word) {
+  std::uint64_t bits = 0;
+  for (RowNumber row = kRowCount; row-- > 0;) {
+    if (row / kBits == word && kRows[row].name.id != 0) {
+      bits |= std::uint64_t{1} << row % kBits;
+    }
+  }
+  return bits;
+}
+
+constinit std::atomic<std::uint64_t> unsettled[] = {
+    UnloadedNames(0), UnloadedNames(1), UnloadedNames(2), UnloadedNames(3),
+    UnloadedNames(4)};
+static_assert(std::size(unsettled) == (kRowCount + kBits - 1) / kBits);
+
+void Settle(const COidData& record, bool settled) {
+  if (std::less<>{}(&record, records) ||
+      !std::less<>{}(&record, records + kRowCount)) {
+    return;
+  }
+  const auto row = static_cast<RowNumber>(&record - records);
+  const std::uint64_t bit = std::uint64_t{1} << row % kBits;
+  if (settled) {
+    unsettled[row / kBits].fetch_and(~bit, std::memory_order_release);
+  } else {
+    unsettled[row / kBits].fetch_or(bit, std::memory_order_release);
+  }
+}
+
+// A name on its way into a record. Whatever ends the load, an exception
+// included, the record then has the name or null in place of `replaced`.
+class NameInTheMaking {
+ public:
+  NameInTheMaking(COidData& record, LPCWSTR replaced)
+      : record_(record), replaced_(replaced) {}
+  NameInTheMaking(const NameInTheMaking&) = delete;
+  NameInTheMaking& operator=(const NameInTheMaking&) = delete;
+
+  // Of threads that meet here, the first one's name stays; the others' go.
+  // The flag comes before the name: who sees the name may read the flag.
+  ~NameInTheMaking() {
+    std::atomic_ref flags(record_.dwOidFlags);
+    DWORD seen = flags.load();
+    while ((seen & kNameIsOwned) == 0 &&
+           !flags.compare_exchange_weak(seen, seen | kNameIsOwned)) {
+    }
+    if (std::atomic_ref(record_.pwszName)
+            .compare_exchange_strong(replaced_, name_.get())) {
+      Settle(record_, name_ == nullptr || is_as_stated_);
+      name_.release();
+    }
+  }
+
+  void Finish(std::unique_ptr<wchar_t[]> name, bool is_as_stated) {
+    name_ = std::move(name);
+    is_as_stated_ = is_as_stated;
+  }
+
+ private:
+  COidData& record_;
+  LPCWSTR replaced_;
+  std::unique_ptr<wchar_t[]> name_;
+  bool is_as_stated_ = false;
+};
+
+// Loads the text `number` into `record`, whose name was `replaced` when the
+// load was decided upon.
+void LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
+  NameInTheMaking made(record, replaced);
+  // LoadString_korvan writes no terminator; the zeros are it.
+  char text[256] = {};
+  const int length = LoadString_korvan(nullptr, number, text, sizeof text);
+  if (length == 0) return;
+  std::mbstate_t state{};
+  const char* rest = text;
+  const std::size_t count = std::mbsrtowcs(nullptr, &rest, 0, &state);
+  constexpr auto kInvalid = static_cast<std::size_t>(-1);
+  if (count == 0 || count == kInvalid) return;
+  // The conversion stops before a terminator; the array's last zero is it.
+  auto name = std::make_unique<wchar_t[]>(count + 1);
+  rest = text;
+  const std::size_t converted =
+      std::mbsrtowcs(name.get(), &rest, count, &state);
+  if (converted == 0 || converted == kInvalid) return;
+  const bool is_as_stated =
+      reinterpret_cast<std::uintptr_t>(replaced) == number &&
+      std::equal(text, text + length, name.get(), name.get() + count);
+  made.Finish(std::move(name), is_as_stated);
+}
+
+}  // namespace
+
+LPCWSTR ResolvedName(COidData& record) {
+  LPCWSTR name = NameOf(record);
+  if (!IsTextNumber(name)) return name;
+  LoadName(record, name,
+           static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(name)));
+  return NameOf(record);
+}
+
+bool AreNamesSettled(Range rows) {
+  const unsigned int last_row = rows.end - 1u;
+  std::uint64_t asked = ~std::uint64_t{0} << rows.begin % kBits;
+  unsigned int word = rows.begin / kBits;
+  for (; word < last_row / kBits; ++word) {
+    if ((unsettled[word].load(std::memory_order_acquire) & asked) != 0) {
+      return false;
+    }
+    asked = ~std::uint64_t{0};
+  }
+  asked &= ~std::uint64_t{0} >> (kBits - 1 - last_row % kBits);
+  return (unsettled[word].load(std::memory_order_acquire) & asked) == 0;
+}
+
+}  // namespace oid
+
+void InitOidInfoWorker(COidData& record, unsigned int uResourceId) {
+  oid::LoadName(record, oid::NameOf(record), uResourceId);
+}
+
+void CleanupOidInfo() {
+  for (COidData& record : oid::records) {
+    if ((record.dwOidFlags & oid::kNameIsOwned) == 0) continue;
+    delete[] record.pwszName;
+    record.dwOidFlags &= ~oid::kNameIsOwned;
+    record.pwszName = nullptr;
+  }
+}
+
+}  // namespace korvan

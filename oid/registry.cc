@@ -1,0 +1,99 @@
+#include "oid/registry.h"
+
+#include <korvan/oid_info.h>
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+namespace korvan {
+
+static_assert(std::is_standard_layout_v<COidData> && sizeof(COidData) == 72);
+static_assert(offsetof(COidData, cbSize) == offsetof(CRYPT_OID_INFO, cbSize));
+static_assert(offsetof(COidData, pszOID) == offsetof(CRYPT_OID_INFO, pszOID));
+static_assert(offsetof(COidData, pwszName) ==
+              offsetof(CRYPT_OID_INFO, pwszName));
+static_assert(offsetof(COidData, dwGroupId) ==
+              offsetof(CRYPT_OID_INFO, dwGroupId));
+static_assert(offsetof(COidData, Algid) == offsetof(CRYPT_OID_INFO, Algid));
+static_assert(offsetof(COidData, ExtraInfo) ==
+              offsetof(CRYPT_OID_INFO, ExtraInfo));
+static_assert(offsetof(COidData, pwszCNGAlgid) ==
+              offsetof(CRYPT_OID_INFO, pwszCNGAlgid));
+static_assert(offsetof(COidData, pwszCNGExtraAlgid) ==
+              offsetof(CRYPT_OID_INFO, pwszCNGExtraAlgid));
+static_assert(offsetof(COidData, dwOidFlags) == sizeof(CRYPT_OID_INFO));
+
+namespace oid {
+namespace {
+
+constexpr DWORD kMarked = 0x1;
+
+// Extra information: its words, read-only, shared by the rows that have the
+// same.
+template <DWORD... words>
+struct Extra {
+  static constexpr DWORD kWords[] = {words...};
+  static constexpr DWORD kSize = sizeof(kWords);
+  static constexpr const DWORD* kFirst = kWords;
+};
+template <>
+struct Extra<> {
+  static constexpr DWORD kSize = 0;
+  static constexpr const DWORD* kFirst = nullptr;
+};
+static_assert(std::endian::native == std::endian::little,
+              "words of extra information lie low byte first");
+
+}  // namespace
+
+// A cast from a number to a pointer is no constant expression, so `constinit`
+// can't stand here; in plain rows both compilers lay it down statically.
+COidData records[kRowCount] = {
+#define RES(number, text) reinterpret_cast<LPCWSTR>(std::uintptr_t{number})
+#define MISSING(number) reinterpret_cast<LPCWSTR>(std::uintptr_t{number})
+// clang-format off
+#define EXTRA(...) (__VA_ARGS__)
+#define BLOB(...)             \
+  {Extra<__VA_ARGS__>::kSize, \
+   reinterpret_cast<BYTE*>(const_cast<DWORD*>(Extra<__VA_ARGS__>::kFirst))}
+#define RECORD(group, oid, name, algid, extra, cng, cng_extra, mark) \
+  {sizeof(CRYPT_OID_INFO), oid, name, group, {algid}, BLOB extra,    \
+   cng, cng_extra, mark},
+// clang-format on
+#include "oid/tables/registry.inc"
+#undef RECORD
+#undef BLOB
+#undef EXTRA
+#undef MISSING
+#undef RES
+};
+
+namespace {
+
+constexpr OID_TABLE_INFO TableOf(const Group& group) {
+  return {group.id, group.rows.end - group.rows.begin,
+          records + group.rows.begin};
+}
+
+}  // namespace
+}  // namespace oid
+
+constinit const OID_TABLE_INFO oid_registry[9] = {
+    oid::TableOf(oid::kGroups[0]), oid::TableOf(oid::kGroups[1]),
+    oid::TableOf(oid::kGroups[2]), oid::TableOf(oid::kGroups[3]),
+    oid::TableOf(oid::kGroups[4]), oid::TableOf(oid::kGroups[5]),
+    oid::TableOf(oid::kGroups[6]), oid::TableOf(oid::kGroups[7]),
+    oid::TableOf(oid::kGroups[8]),
+};
+static_assert(std::size(oid_registry) == oid::kGroupCount);
+
+COidInfoCleanupHelper::~COidInfoCleanupHelper() { CleanupOidInfo(); }
+
+namespace {
+
+constinit COidInfoCleanupHelper cleanup_at_unload;
+
+}  // namespace
+}  // namespace korvan
