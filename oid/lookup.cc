@@ -22,14 +22,19 @@ namespace {
 
 constexpr DWORD kHighestGroupId = kGroups[kGroupCount - 1].id;
 
-// The rows of each group, by its id; those of group 0 are all.
-constexpr std::array<Range, kHighestGroupId + 1> RowsByGroupId() {
+// The rows of each group by its id; those of group 0 are all. The ids between
+// the last two groups have none.
+consteval std::array<Range, kHighestGroupId + 1> RowsByGroupId() {
   std::array<Range, kHighestGroupId + 1> rows{};
   rows[0] = kWholeRegistry;
   for (const Group& group : kGroups) rows[group.id] = group.rows;
   return rows;
 }
 constexpr auto kRowsByGroupId = RowsByGroupId();
+
+Range RowsOfGroup(DWORD id) {
+  return id <= kHighestGroupId ? kRowsByGroupId[id] : Range{0, 0};
+}
 
 // What wcscasecmp says of equality. Equal characters fold alike in every
 // locale, so the locale is only asked about others.
@@ -192,10 +197,10 @@ COidData* FindOIDInfoInternal(const OID_TABLE_INFO& table,
 
 COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
                               unsigned int dwGroupId) {
-  const unsigned int group = dwGroupId & ~CRYPT_OID_DISABLE_SEARCH_DS_FLAG;
-  if (pvKey == nullptr || group > oid::kHighestGroupId) return nullptr;
-  return oid::Resolved(
-      oid::FindInRegistry(oid::kRowsByGroupId[group], dwKeyType, pvKey));
+  const oid::Range rows =
+      oid::RowsOfGroup(dwGroupId & ~CRYPT_OID_DISABLE_SEARCH_DS_FLAG);
+  if (pvKey == nullptr || rows.begin == rows.end) return nullptr;
+  return oid::Resolved(oid::FindInRegistry(rows, dwKeyType, pvKey));
 }
 
 COidData* FindOIDInfo(unsigned int dwKeyType, void* pvKey,

@@ -4,14 +4,13 @@
 #include <korvan/string_resources.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cwchar>
 #include <functional>
 #include <memory>
-#include <string_view>
+#include <mutex>
 #include <utility>
 
 #include "oid/registry.h"
@@ -55,6 +54,10 @@ void Settle(const COidData& record, bool settled) {
   }
 }
 
+// Held while a name is put in place, and for nothing else: no allocation, no
+// call that a caller could have replaced.
+constinit std::mutex putting_in_place;
+
 // A name on its way into a record. Whatever ends the load, an exception
 // included, the record then has the name or null in place of `replaced`.
 class NameInTheMaking {
@@ -64,19 +67,17 @@ class NameInTheMaking {
   NameInTheMaking(const NameInTheMaking&) = delete;
   NameInTheMaking& operator=(const NameInTheMaking&) = delete;
 
-  // Of threads that meet here, the first one's name stays; the others' go.
-  // The flag comes before the name: who sees the name may read the flag.
+  // Of threads that meet here, the first one's name stays; the others' go, and
+  // they write nothing. The flag comes before the name: who sees the name may
+  // read the flag.
   ~NameInTheMaking() {
-    std::atomic_ref flags(record_.dwOidFlags);
-    DWORD seen = flags.load();
-    while ((seen & kNameIsOwned) == 0 &&
-           !flags.compare_exchange_weak(seen, seen | kNameIsOwned)) {
-    }
-    if (std::atomic_ref(record_.pwszName)
-            .compare_exchange_strong(replaced_, name_.get())) {
-      Settle(record_, name_ == nullptr || is_as_stated_);
-      name_.release();
-    }
+    const std::lock_guard lock(putting_in_place);
+    if (NameOf(record_) != replaced_) return;
+    record_.dwOidFlags |= kNameIsOwned;
+    std::atomic_ref(record_.pwszName)
+        .store(name_.get(), std::memory_order_release);
+    Settle(record_, name_ == nullptr || is_as_stated_);
+    name_.release();
   }
 
   void Finish(std::unique_ptr<wchar_t[]> name, bool is_as_stated) {

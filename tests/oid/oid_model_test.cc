@@ -1,0 +1,241 @@
+#include <gtest/gtest.h>
+#include <korvan/oid_info.h>
+#include <korvan/platform/last_error.h>
+
+#include <clocale>
+#include <cstddef>
+#include <cwctype>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "oid/expected_rows.h"
+#include "oid/plain_registry.h"
+#include "oid/registry_rows.h"
+
+// Random searches, in the library and in a plain registry beside it: both must
+// find the same row, load the same names and leave the same last error. ctest
+// gives each test a process of its own, with a registry that nobody has used.
+
+namespace {
+
+using korvan::COidData;
+
+class OidSearches : public testing::Test {
+ protected:
+  static constexpr unsigned int kSomeError = 12345;
+
+  std::size_t Below(std::size_t end) {
+    return std::uniform_int_distribution<std::size_t>(0, end - 1)(random_);
+  }
+
+  const ExpectedRow& AnyRow() { return kExpectedRows[Below(259)]; }
+
+  unsigned int AnyGroup() {
+    const unsigned int kGroups[] = {0, 1, 2, 3, 4,  5,
+                                    6, 7, 8, 9, 20, AnyRow().group};
+    const unsigned int group = kGroups[Below(12)];
+    return Below(4) == 0 ? group | 0x80000000 : group;
+  }
+
+  std::string AnyOid() {
+    std::string oid = AnyRow().oid;
+    switch (Below(8)) {
+      case 0:
+        oid[Below(oid.size())] = "0123456789.x\x80"[Below(13)];
+        break;
+      case 1:
+        oid.resize(Below(oid.size() + 1));
+        break;
+      case 2:
+        oid += ".1";
+        break;
+      default:
+        break;
+    }
+    return oid;
+  }
+
+  std::wstring AnyName() {
+    const wchar_t* const stated = AnyRow().name;
+    std::wstring name = stated == nullptr ? L"missing" : stated;
+    for (wchar_t& c : name) {
+      if (Below(3) == 0) {
+        c = static_cast<wchar_t>(Below(2) == 0 ? std::towupper(c)
+                                               : std::towlower(c));
+      }
+    }
+    if (!name.empty()) {
+      wchar_t& c = name[Below(name.size())];
+      switch (Below(10)) {
+        case 0:
+          c = static_cast<wchar_t>(c ^ 0x20);  // '@' and '`' differ so too
+          break;
+        case 1:
+          c = L"\x0131\x0130\x212A\x017F\x0416\x7FFFFFFF"[Below(6)];
+          break;
+        case 2:
+          name.resize(Below(name.size()));
+          break;
+        default:
+          break;
+      }
+    }
+    return name;
+  }
+
+  // One search of any kind, by any entry point.
+  void Search() {
+    const unsigned int group = AnyGroup();
+    switch (Below(4)) {
+      case 0: {
+        std::string oid = AnyOid();
+        Compare(1, &oid[0], group, "OID " + oid);
+        break;
+      }
+      case 1: {
+        std::wstring name = AnyName();
+        Compare(2, &name[0], group, "name " + testing::PrintToString(name));
+        break;
+      }
+      case 2: {
+        unsigned int algid = Below(8) == 0
+                                 ? static_cast<unsigned int>(random_())
+                                 : AnyRow().algid;
+        Compare(3, &algid, group, "ALG_ID " + std::to_string(algid));
+        break;
+      }
+      default: {
+        const ExpectedRow& row = AnyRow();
+        unsigned int pair[2] = {row.algid, Below(8) == 0
+                                               ? AnyRow().SecondAlgid()
+                                               : row.SecondAlgid()};
+        Compare(
+            4, pair, group,
+            "pair " + std::to_string(pair[0]) + ", " + std::to_string(pair[1]));
+        break;
+      }
+    }
+  }
+
+  void Compare(unsigned int key_type, void* key, unsigned int group,
+               const std::string& what) {
+    SCOPED_TRACE(what + " in group " + std::to_string(group));
+    SetLastError(kSomeError);
+    const COidData* found = nullptr;
+    int expected = -1;
+    unsigned int error = 0;
+    const std::size_t table = Below(9);
+    switch (Below(4)) {
+      case 0:
+        found = FindOIDInfoInternal(korvan::oid_registry[table], key_type, key);
+        error = GetLastError();
+        SetLastError(kSomeError);
+        expected = plain_.FindInTable(table, key_type, key);
+        break;
+      case 1: {
+        // A caller's table over some of the library's rows.
+        const korvan::OID_TABLE_INFO& whole = korvan::oid_registry[table];
+        const auto first = Below(static_cast<std::size_t>(whole.cRecords));
+        const auto count =
+            Below(static_cast<std::size_t>(whole.cRecords) - first + 1);
+        const korvan::OID_TABLE_INFO own = {
+            whole.dwGroupId, static_cast<int>(count), whole.rgRecords + first};
+        found = FindOIDInfoInternal(own, key_type, key);
+        error = GetLastError();
+        SetLastError(kSomeError);
+        expected = plain_.FindInRows(
+            FirstRowOf(whole.dwGroupId) + static_cast<int>(first),
+            static_cast<int>(count), key_type, key);
+        break;
+      }
+      default:
+        found = korvan::FindOIDInfo(key_type, key, group);
+        error = GetLastError();
+        SetLastError(kSomeError);
+        expected = plain_.Find(key_type, key, group);
+        break;
+    }
+    ASSERT_EQ(found, expected < 0 ? nullptr
+                                  : rows_[static_cast<std::size_t>(expected)]);
+    ASSERT_EQ(error, GetLastError());
+    ExpectSameNames();
+  }
+
+  void ExpectSameNames() {
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      const COidData& actual = *rows_[i];
+      const COidData& plain = plain_.rows()[i].record;
+      ASSERT_EQ(actual.dwOidFlags, plain.dwOidFlags) << "row " << i;
+      if (HoldsTextNumber(plain) || plain.pwszName == nullptr) {
+        ASSERT_EQ(actual.pwszName, plain.pwszName) << "row " << i;
+      } else {
+        ASSERT_FALSE(HoldsTextNumber(actual)) << "row " << i;
+        ASSERT_STREQ(actual.pwszName, plain.pwszName) << "row " << i;
+      }
+    }
+  }
+
+  // Gives the row any text, or takes its name with a number that has none.
+  void RenameSomeRow() {
+    const std::size_t row = Below(259);
+    const unsigned int number =
+        Below(4) == 0 ? 4 : kExpectedRows[Below(259)].text_number;
+    // What the record held is the caller's to free.
+    if ((rows_[row]->dwOidFlags & 2) != 0) delete[] rows_[row]->pwszName;
+    InitOidInfoWorker(*rows_[row], number);
+    plain_.Load(static_cast<int>(row), number);
+  }
+
+  void SearchMany(int count) {
+    for (int i = 0; i < count && !HasFatalFailure(); ++i) Search();
+  }
+
+  std::mt19937_64 random_{20260101};
+  PlainRegistry plain_;
+  const std::vector<COidData*> rows_ = RegistryRows();
+};
+
+TEST_F(OidSearches, AreThoseOfThePlainRegistry) { SearchMany(4000); }
+
+TEST_F(OidSearches, AreThoseOfThePlainRegistryOnceAllNamesAreLoaded) {
+  wchar_t name[] = L"no such name";
+  Compare(2, name, 0, "no such name");
+  SearchMany(4000);
+}
+
+TEST_F(OidSearches, AreThoseOfThePlainRegistryAfterCleanup) {
+  SearchMany(40);
+  korvan::CleanupOidInfo();
+  plain_.Cleanup();
+  SearchMany(2000);
+  korvan::CleanupOidInfo();
+  plain_.Cleanup();
+  SearchMany(1000);
+}
+
+TEST_F(OidSearches, AreThoseOfThePlainRegistryAcrossLocales) {
+  for (int round = 0; round < 40 && !HasFatalFailure(); ++round) {
+    for (const char* locale :
+         {"tr_TR.UTF-8", "C.UTF-8", "C", "ru_RU.KOI8-R", "ja_JP.SHIFT_JIS"}) {
+      ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr) << locale;
+      SearchMany(20);
+    }
+  }
+}
+
+TEST_F(OidSearches, AreThoseOfThePlainRegistryWhileCallersRenameRows) {
+  for (int round = 0; round < 60 && !HasFatalFailure(); ++round) {
+    RenameSomeRow();
+    SearchMany(20);
+  }
+}
+
+TEST_F(OidSearches, AreThoseOfThePlainRegistryOnceACallerRenamedOneRow) {
+  wchar_t name[] = L"no such name";
+  Compare(2, name, 0, "no such name");
+  RenameSomeRow();
+  SearchMany(3000);
+}
+
+}  // namespace

@@ -1,0 +1,124 @@
+#include <gtest/gtest.h>
+#include <korvan/oid_info.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cwchar>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "oid/registry_rows.h"
+#include "support/failing_new.h"
+
+// First use on many threads at once. ctest gives each test a process of its
+// own, with a registry that nobody has used.
+
+namespace {
+
+using korvan::COidData;
+using korvan::FindOIDInfo;
+
+constexpr int kThreads = 8;
+
+// Runs `work(thread number)` on all threads, which start together.
+template <class Work>
+void Together(Work work) {
+  std::atomic<int> waiting{kThreads};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&, i] {
+      --waiting;
+      while (waiting > 0) {
+      }
+      work(i);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(OidThreads, ThatMeetAtARecordAllComeBackWithItsOneName) {
+  struct Seen {
+    std::vector<const wchar_t*> names;
+    std::size_t characters = 0;
+    bool all_flagged = true;
+  };
+  const auto rows = RegistryRows();
+  const auto unloaded = RowsThatHoldTextNumbers();
+  Seen seen[kThreads];
+  Together([&](int thread) {
+    Seen& mine = seen[thread];
+    for (const int row : unloaded) {
+      const COidData* const asked = rows[static_cast<std::size_t>(row)];
+      std::string oid = asked->pszOID;
+      const COidData* const found = FindOIDInfo(1, &oid[0], asked->dwGroupId);
+      // Plain reads of what was handed out: they must not race.
+      mine.names.push_back(found->pwszName);
+      if (found->pwszName != nullptr) {
+        mine.characters += std::wcslen(found->pwszName);
+      }
+      if (found == asked && (found->dwOidFlags & 2) == 0) {
+        mine.all_flagged = false;
+      }
+    }
+  });
+  for (const Seen& each : seen) {
+    EXPECT_EQ(each.names, seen[0].names);
+    EXPECT_EQ(each.characters, seen[0].characters);
+    EXPECT_TRUE(each.all_flagged);
+  }
+}
+
+TEST(OidThreads, ThatMeetAtARecordLeaveOneArray) {
+  wchar_t missing[] = L"no such name";
+  const long before = LiveBlocks();
+  Together([&](int) {
+    wchar_t mine[] = L"no such name";
+    FindOIDInfo(2, mine, 0);
+  });
+  EXPECT_EQ(LiveBlocks() - before, 172);
+  EXPECT_EQ(FindOIDInfo(2, missing, 0), nullptr);
+  korvan::CleanupOidInfo();
+  EXPECT_EQ(LiveBlocks(), before);
+}
+
+TEST(OidThreads, ThatSearchByNameAllFindTheirs) {
+  std::atomic<int> found{0};
+  Together([&](int thread) {
+    for (int round = 0; round < 200; ++round) {
+      wchar_t common_name[] = L"COMMON NAME";
+      wchar_t lifetime[] = L"lifetime signing";
+      wchar_t missing[] = L"no such name";
+      wchar_t* const kNames[] = {common_name, lifetime, missing};
+      COidData* const record = FindOIDInfo(2, kNames[(thread + round) % 3], 0);
+      if (record != nullptr && record->pwszName[0] != L'\0') ++found;
+    }
+  });
+  // Of 200 rounds, 66 or 67 ask for the name that is not there.
+  int missing = 0;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    for (int round = 0; round < 200; ++round) {
+      missing += (thread + round) % 3 == 2;
+    }
+  }
+  EXPECT_EQ(found, kThreads * 200 - missing);
+}
+
+TEST(OidThreads, ThatMixKeysOfEveryKindFindTheirs) {
+  std::atomic<int> wrong{0};
+  Together([&](int) {
+    for (int round = 0; round < 100; ++round) {
+      char oid[] = "1.2.643.2.2.19";
+      wchar_t name[] = L"gost r 34.10-2001";
+      unsigned int algid = 0x2E23;
+      unsigned int pair[] = {0x801E, 0x2E23};
+      wrong += FindOIDInfo(1, oid, 3)->Algid != algid;
+      wrong += FindOIDInfo(2, name, 3)->Algid != algid;
+      wrong += FindOIDInfo(3, &algid, 0)->Algid != algid;
+      wrong += FindOIDInfo(4, pair, 4)->Algid != pair[0];
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+}
+
+}  // namespace

@@ -1,0 +1,132 @@
+#ifndef KORVAN_TESTS_OID_PLAIN_REGISTRY_H_
+#define KORVAN_TESTS_OID_PLAIN_REGISTRY_H_
+
+#include <korvan/oid_info.h>
+#include <korvan/string_resources.h>
+
+#include <cstdint>
+#include <cstring>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+#include "oid/registry_rows.h"
+
+// The registry as it would be without indexes: copies of its records, searched
+// one after the other. What the library's lookups must be indistinguishable
+// from. Make it before the first lookup.
+class PlainRegistry {
+ public:
+  struct Row {
+    korvan::COidData record;
+    std::wstring loaded;
+  };
+
+  PlainRegistry() {
+    for (const korvan::COidData* record : RegistryRows()) {
+      rows_.push_back({*record, {}});
+    }
+    for (const korvan::OID_TABLE_INFO& table : korvan::oid_registry) {
+      group_ids_.push_back(table.dwGroupId);
+      counts_.push_back(table.cRecords);
+    }
+  }
+
+  const std::vector<Row>& rows() const { return rows_; }
+
+  // The number of the row that matches, or -1.
+  int Find(unsigned int key_type, void* key, unsigned int group_id) {
+    if (key == nullptr) return -1;
+    group_id &= 0x7FFFFFFF;
+    for (std::size_t table = 0; table < counts_.size(); ++table) {
+      if (group_id != 0 && group_ids_[table] != group_id) continue;
+      const int row = FindInTable(table, key_type, key);
+      if (row >= 0) return row;
+    }
+    return -1;
+  }
+
+  int FindInTable(std::size_t table, unsigned int key_type, void* key) {
+    int first = 0;
+    for (std::size_t i = 0; i < table; ++i) first += counts_[i];
+    return FindInRows(first, counts_[table], key_type, key);
+  }
+
+  int FindInRows(int first, int count, unsigned int key_type, void* key) {
+    for (int row = first; row < first + count; ++row) {
+      if (Matches(row, key_type, key)) {
+        Resolve(row);
+        return row;
+      }
+    }
+    return -1;
+  }
+
+  bool Matches(int row, unsigned int key_type, void* key) {
+    const korvan::COidData& record = At(row).record;
+    unsigned int words[2] = {};
+    switch (key_type) {
+      case 1:
+        return std::strcmp(record.pszOID, static_cast<char*>(key)) == 0;
+      case 2:
+        Resolve(row);
+        return record.pwszName != nullptr &&
+               wcscasecmp(record.pwszName, static_cast<wchar_t*>(key)) == 0;
+      case 3:
+        std::memcpy(words, key, 4);
+        return record.Algid == words[0];
+      case 4: {
+        std::memcpy(words, key, 8);
+        unsigned int second = 0;
+        if (record.ExtraInfo.pbData != nullptr &&
+            record.ExtraInfo.cbData >= 4) {
+          std::memcpy(&second, record.ExtraInfo.pbData, 4);
+        }
+        return record.Algid == words[0] && second == words[1];
+      }
+      default:
+        return false;
+    }
+  }
+
+  void Load(int row, unsigned int number) {
+    Row& loading = At(row);
+    loading.record.pwszName = nullptr;
+    loading.record.dwOidFlags |= 2;
+    char text[256] = {};
+    if (LoadString_korvan(nullptr, number, text, 256) == 0) return;
+    const char* rest = text;
+    std::mbstate_t state{};
+    const std::size_t count = std::mbsrtowcs(nullptr, &rest, 0, &state);
+    if (count == 0 || count == static_cast<std::size_t>(-1)) return;
+    std::wstring name(count, L'\0');
+    std::mbsrtowcs(&name[0], &rest, count, &state);
+    loading.loaded = name;
+    loading.record.pwszName = loading.loaded.c_str();
+  }
+
+  void Cleanup() {
+    for (Row& row : rows_) {
+      if ((row.record.dwOidFlags & 2) == 0) continue;
+      row.record.dwOidFlags &= ~2u;
+      row.record.pwszName = nullptr;
+    }
+  }
+
+ private:
+  Row& At(int row) { return rows_[static_cast<std::size_t>(row)]; }
+
+  void Resolve(int row) {
+    const korvan::COidData& record = At(row).record;
+    if (HoldsTextNumber(record)) {
+      Load(row, static_cast<unsigned int>(
+                    reinterpret_cast<std::uintptr_t>(record.pwszName)));
+    }
+  }
+
+  std::vector<Row> rows_;
+  std::vector<unsigned int> group_ids_;
+  std::vector<int> counts_;
+};
+
+#endif  // KORVAN_TESTS_OID_PLAIN_REGISTRY_H_

@@ -1,0 +1,50 @@
+#include "support/failing_new.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local long calls = 0;
+thread_local long successes_left = -1;  // negative: nothing fails
+thread_local bool failed = false;
+std::atomic<long> live{0};
+
+void* Allocate(std::size_t size) {
+  ++calls;
+  if (successes_left == 0) {
+    failed = true;
+    throw std::bad_alloc();
+  }
+  if (successes_left > 0) --successes_left;
+  void* const block = std::malloc(size != 0 ? size : 1);
+  if (block == nullptr) throw std::bad_alloc();
+  ++live;
+  return block;
+}
+
+void Free(void* block) {
+  if (block == nullptr) return;
+  --live;
+  std::free(block);
+}
+
+}  // namespace
+
+FailingNew::FailingNew(long successes) {
+  failed = false;
+  successes_left = successes;
+}
+FailingNew::~FailingNew() { successes_left = -1; }
+bool FailingNew::Failed() const { return failed; }
+
+long NewCalls() { return calls; }
+long LiveBlocks() { return live; }
+
+void* operator new(std::size_t size) { return Allocate(size); }
+void* operator new[](std::size_t size) { return Allocate(size); }
+void operator delete(void* block) noexcept { Free(block); }
+void operator delete[](void* block) noexcept { Free(block); }
+void operator delete(void* block, std::size_t) noexcept { Free(block); }
+void operator delete[](void* block, std::size_t) noexcept { Free(block); }

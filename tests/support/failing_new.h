@@ -1,0 +1,26 @@
+#ifndef KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
+#define KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
+
+// A program that is linked with failing_new.cc can make `new` fail, anywhere
+// in the process, and count what is allocated by it.
+
+// Lets the next `successes` allocations of this thread succeed and the one
+// after them throw std::bad_alloc, while it lives.
+class FailingNew {
+ public:
+  explicit FailingNew(long successes);
+  FailingNew(const FailingNew&) = delete;
+  FailingNew& operator=(const FailingNew&) = delete;
+  ~FailingNew();
+
+  // Whether an allocation was asked for that failed.
+  bool Failed() const;
+};
+
+// Allocations of this thread by `new` since the program started.
+long NewCalls();
+
+// Blocks from `new` that are not yet freed, of all threads.
+long LiveBlocks();
+
+#endif  // KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
