@@ -1,0 +1,103 @@
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <fstream>
+#include <string>
+
+// The library loaded and unloaded by a process that does not know it.
+
+namespace {
+
+struct Record {  // the head of the library's COidData
+  unsigned int cbSize;
+  const char* pszOID;
+  const wchar_t* pwszName;
+};
+
+using FindOIDInfo = Record*(unsigned int, void*, unsigned int);
+
+class Library {
+ public:
+  Library() : handle_(dlopen(KORVAN_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {}
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+  ~Library() {
+    if (handle_ != nullptr) dlclose(handle_);
+  }
+
+  bool IsLoaded() const { return handle_ != nullptr; }
+
+  FindOIDInfo* Find() const {
+    return reinterpret_cast<FindOIDInfo*>(
+        dlsym(handle_, "_ZN6korvan11FindOIDInfoEjPvj"));
+  }
+
+  // Loads every name of the registry.
+  void LoadNames() const {
+    wchar_t name[] = L"no such name";
+    ASSERT_EQ(Find()(2, name, 0), nullptr);
+  }
+
+ private:
+  void* handle_;
+};
+
+bool IsMapped() {
+  std::ifstream maps("/proc/self/maps");
+  for (std::string line; std::getline(maps, line);) {
+    if (line.find("libkorvan.so") != line.npos) return true;
+  }
+  return false;
+}
+
+std::size_t PagesInUse() {
+  std::ifstream statm("/proc/self/statm");
+  std::size_t size = 0;
+  std::size_t resident = 0;
+  statm >> size >> resident;
+  return resident;
+}
+
+TEST(Unload, ReallyUnmapsTheLibrary) {
+  {
+    const Library library;
+    ASSERT_TRUE(library.IsLoaded()) << dlerror();
+    ASSERT_TRUE(IsMapped());
+    library.LoadNames();
+  }
+  EXPECT_EQ(dlopen(KORVAN_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  EXPECT_FALSE(IsMapped());
+}
+
+TEST(Unload, ForgetsWhatWasLoaded) {
+  char oid[] = "2.5.29.35";
+  for (int round = 0; round < 3; ++round) {
+    const Library library;
+    ASSERT_TRUE(library.IsLoaded()) << dlerror();
+    const Record* const found = library.Find()(1, oid, 6);
+    ASSERT_NE(found, nullptr);
+    EXPECT_STREQ(found->pwszName, L"Authority Key Identifier");
+  }
+}
+
+TEST(Unload, AThousandTimesDoesNotGrow) {
+  const auto load_and_unload = [](int times) {
+    for (int i = 0; i < times; ++i) {
+      const Library library;
+      ASSERT_TRUE(library.IsLoaded()) << dlerror();
+      library.LoadNames();
+    }
+  };
+  load_and_unload(50);  // until the allocator has settled
+  const auto heap = mallinfo2().uordblks;
+  const std::size_t pages = PagesInUse();
+  load_and_unload(1000);
+  // One leaked name a round would be 4,000 bytes or more.
+  EXPECT_LT(mallinfo2().uordblks, heap + 4000);
+  EXPECT_LT(PagesInUse(), pages + 64);
+}
+
+}  // namespace
