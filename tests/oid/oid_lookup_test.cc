@@ -62,6 +62,14 @@ COidData* FirstRow(unsigned int group, IsWanted is_wanted) {
   return nullptr;
 }
 
+wchar_t Upper(wchar_t c) {
+  return static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(c)));
+}
+
+wchar_t Lower(wchar_t c) {
+  return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
+}
+
 constexpr unsigned int kTopBit = 0x80000000;
 
 TEST(OidLookup, FindsTheFirstRowOfEveryOid) {
@@ -86,8 +94,8 @@ TEST(OidLookup, FindsTheFirstRowOfEveryNameInAnyCase) {
     };
     std::wstring upper = row.name;
     std::wstring lower = row.name;
-    for (wchar_t& c : upper) c = static_cast<wchar_t>(std::towupper(c));
-    for (wchar_t& c : lower) c = static_cast<wchar_t>(std::towlower(c));
+    for (wchar_t& c : upper) c = Upper(c);
+    for (wchar_t& c : lower) c = Lower(c);
     for (const std::wstring& name : {std::wstring(row.name), upper, lower}) {
       SCOPED_TRACE(testing::PrintToString(name));
       EXPECT_EQ(FindByName(name, row.group), FirstRow(row.group, same));

@@ -61,8 +61,9 @@ class OidSearches : public testing::Test {
     std::wstring name = stated == nullptr ? L"missing" : stated;
     for (wchar_t& c : name) {
       if (Below(3) == 0) {
-        c = static_cast<wchar_t>(Below(2) == 0 ? std::towupper(c)
-                                               : std::towlower(c));
+        const auto unit = static_cast<std::wint_t>(c);
+        c = static_cast<wchar_t>(Below(2) == 0 ? std::towupper(unit)
+                                               : std::towlower(unit));
       }
     }
     if (!name.empty()) {
