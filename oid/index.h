@@ -27,7 +27,7 @@ template <std::size_t kBuckets, std::size_t kSlots>
 class Index {
  public:
   consteval Index(const RowKeys& keys, Repeats repeats) {
-    multipliers_.fill(1);
+    multipliers_.fill(kMixer);
     slots_.fill(kNoRow);
     next_.fill(kNoRow);
     std::array<bool, kRowCount> entered{};
@@ -60,7 +60,7 @@ class Index {
         }
       }
       while (!Place(members, rows, count, multipliers_[bucket])) {
-        multipliers_[bucket] += 2;
+        multipliers_[bucket] += 2 * kMixer;
       }
     }
   }
@@ -74,13 +74,17 @@ class Index {
   constexpr RowNumber Next(RowNumber row) const { return next_[row]; }
 
  private:
+  static constexpr std::size_t TopBits(std::uint64_t bits, std::size_t count) {
+    return count == 1 ? 0 : bits >> (64 - std::countr_zero(count));
+  }
+
   static constexpr std::size_t Bucket(std::uint64_t key) {
-    return (key >> 32) % kBuckets;
+    return TopBits(key, kBuckets);
   }
 
   static constexpr std::size_t Slot(std::uint64_t key,
                                     std::uint64_t multiplier) {
-    return (key * multiplier) >> (64 - std::countr_zero(kSlots));
+    return TopBits(key * multiplier, kSlots);
   }
 
   // Enters all members of a bucket, or none.
@@ -98,7 +102,7 @@ class Index {
     return true;
   }
 
-  std::array<std::uint16_t, kBuckets> multipliers_{};
+  std::array<std::uint64_t, kBuckets> multipliers_{};
   std::array<RowNumber, kSlots> slots_{};
   std::array<RowNumber, kRowCount> next_{};
 };
@@ -111,8 +115,9 @@ consteval RowKeys KeysOfRows(KeyOf key_of) {
   return keys;
 }
 
-inline constexpr RowKeys kOidKeys = KeysOfRows(
-    [](const Row& row) { return OidKey(row.oid.data(), row.oid.size()); });
+inline constexpr RowKeys kOidKeys = KeysOfRows([](const Row& row) {
+  return OidKey(WordsOf(row.oid.data(), row.oid.size()), row.oid.size());
+});
 inline constexpr RowKeys kNameKeys = KeysOfRows(
     [](const Row& row) { return NameKey(row.name, row.name.size()).value(); });
 inline constexpr RowKeys kAlgidKeys =
@@ -124,8 +129,24 @@ inline constexpr Index<64, 512> kByOid(kOidKeys, Repeats::kOncePerGroup);
 // A name that failed to load, or that the locale folds otherwise, lets a later
 // row win, so every row of a name is kept.
 inline constexpr Index<64, 512> kByName(kNameKeys, Repeats::kEveryRow);
-inline constexpr Index<16, 64> kByAlgid(kAlgidKeys, Repeats::kOncePerGroup);
-inline constexpr Index<16, 128> kByPair(kPairKeys, Repeats::kOncePerGroup);
+inline constexpr Index<1, 512> kByAlgid(kAlgidKeys, Repeats::kOncePerGroup);
+inline constexpr Index<1, 512> kByPair(kPairKeys, Repeats::kOncePerGroup);
+
+template <class LengthOf>
+consteval std::array<std::uint8_t, kRowCount> LengthsOfRows(
+    LengthOf length_of) {
+  std::array<std::uint8_t, kRowCount> lengths{};
+  for (RowNumber row = 0; row < kRowCount; ++row) {
+    lengths[row] = static_cast<std::uint8_t>(length_of(kRows[row]));
+  }
+  return lengths;
+}
+
+// A key and a row of one length are compared word by word.
+inline constexpr auto kOidLengths =
+    LengthsOfRows([](const Row& row) { return row.oid.size(); });
+inline constexpr auto kNameLengths =
+    LengthsOfRows([](const Row& row) { return row.name.size(); });
 
 // The index against the rows: from the first row of a key its rows follow in
 // the order of the table, and no row is left out but those a search can't

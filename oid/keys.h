@@ -4,33 +4,34 @@
 #include <korvan/cryptoapi.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
-#include <ranges>
+#include <type_traits>
 
 #include "oid/rows.h"
 
-// Search keys of every kind as 64 well-mixed bits. Equal keys give equal bits;
-// different keys may do so too.
+// Search keys of every kind as 64 bits. Equal keys give equal bits; different
+// keys may do so too.
 
 namespace korvan::oid {
 
 inline constexpr std::uint64_t kMixer =
     0x9E3779B97F4A7C15;  // 2^64 / golden ratio
 
-// A product spreads bits upwards only, so the upper half is folded in first.
-constexpr std::uint64_t Mixed(std::uint64_t mixed, std::uint64_t word) {
-  mixed ^= word;
-  return (mixed ^ mixed >> 32) * kMixer;
-}
-
-// The characters from `text` on as one little-endian number.
+// The characters from `text` on as one number, as they lie in memory.
 template <class Word>
 constexpr std::uint64_t WordAt(const char* text) {
+  static_assert(std::endian::native == std::endian::little);
   Word word = 0;
-  for (std::size_t i = 0; i < sizeof(Word); ++i) {
-    word |= static_cast<Word>(static_cast<unsigned char>(text[i])) << (8 * i);
+  if (std::is_constant_evaluated()) {
+    for (std::size_t i = 0; i < sizeof(Word); ++i) {
+      word |= static_cast<Word>(static_cast<unsigned char>(text[i])) << (8 * i);
+    }
+  } else {
+    std::memcpy(&word, text, sizeof word);
   }
   return word;
 }
@@ -43,21 +44,36 @@ inline constexpr std::size_t kLongestOid =
     std::ranges::max_element(kRows, {}, [](const Row& row) {
       return row.oid.size();
     })->oid.size();
-static_assert(kShortestOid >= sizeof(std::uint32_t));
 
-// The key of an OID of `length` characters, from kShortestOid to kLongestOid.
-// The last word overlaps the one before it.
-constexpr std::uint64_t OidKey(const char* oid, std::size_t length) {
+// An OID of `length` characters, from kShortestOid to kLongestOid, as four
+// words that overlap where it is shorter: no branch to guess wrong.
+struct OidWords {
+  std::uint64_t first, second, third, last;
+
+  constexpr bool operator==(const OidWords& other) const {
+    return ((first ^ other.first) | (second ^ other.second) |
+            (third ^ other.third) | (last ^ other.last)) == 0;
+  }
+};
+
+constexpr OidWords WordsOf(const char* oid, std::size_t length) {
   constexpr std::size_t kWord = sizeof(std::uint64_t);
+  constexpr std::size_t kHalf = sizeof(std::uint32_t);
+  static_assert(kShortestOid >= kHalf && kLongestOid <= 4 * kWord);
   if (length < kWord) {
-    return Mixed(Mixed(length, WordAt<std::uint32_t>(oid)),
-                 WordAt<std::uint32_t>(oid + length - sizeof(std::uint32_t)));
+    return {WordAt<std::uint32_t>(oid),
+            WordAt<std::uint32_t>(oid + length - kHalf), 0, 0};
   }
-  std::uint64_t mixed = length;
-  for (std::size_t i = 0; i + kWord < length; i += kWord) {
-    mixed = Mixed(mixed, WordAt<std::uint64_t>(oid + i));
-  }
-  return Mixed(mixed, WordAt<std::uint64_t>(oid + length - kWord));
+  const std::size_t last = length - kWord;
+  return {WordAt<std::uint64_t>(oid),
+          WordAt<std::uint64_t>(oid + std::min(kWord, last)),
+          WordAt<std::uint64_t>(oid + std::min(2 * kWord, last)),
+          WordAt<std::uint64_t>(oid + last)};
+}
+
+constexpr std::uint64_t OidKey(const OidWords& words, std::size_t length) {
+  return length + words.first * kMixer + words.second * (kMixer * 3) +
+         words.third * (kMixer * 5) + words.last * (kMixer * 7);
 }
 
 inline constexpr std::size_t kLongestName =
@@ -76,26 +92,25 @@ constexpr std::optional<std::uint64_t> NameKey(const Name& name,
   const auto character = [&](std::size_t i) {
     return std::uint64_t{static_cast<std::uint32_t>(name[i])};
   };
-  std::uint64_t mixed = length;
+  std::uint64_t key = length;
+  std::uint64_t multiplier = kMixer;
   std::uint64_t bits = 0;
-  std::size_t i = 0;
-  for (; i + 1 < length; i += 2) {
-    const std::uint64_t pair = character(i) | character(i + 1) << 32;
+  const auto add = [&](std::uint64_t pair) {
     bits |= pair;
-    mixed = Mixed(mixed, pair | kCaseBits);
-  }
-  if (i < length) {
-    bits |= character(i);
-    mixed = Mixed(mixed, character(i) | kCaseBits);
-  }
+    key += (pair | kCaseBits) * multiplier;
+    multiplier += 2 * kMixer;
+  };
+  std::size_t i = 0;
+  for (; i + 1 < length; i += 2) add(character(i) | character(i + 1) << 32);
+  if (i < length) add(character(i));
   if ((bits & ~kAsciiBits) != 0) return std::nullopt;
-  return mixed;
+  return key;
 }
 
-constexpr std::uint64_t AlgidKey(ALG_ID algid) { return Mixed(0, algid); }
+constexpr std::uint64_t AlgidKey(ALG_ID algid) { return algid; }
 
 constexpr std::uint64_t PairKey(ALG_ID algid, ALG_ID second_algid) {
-  return Mixed(0, std::uint64_t{algid} << 32 | second_algid);
+  return std::uint64_t{algid} << 32 | second_algid;
 }
 
 }  // namespace korvan::oid

@@ -32,10 +32,6 @@ consteval std::array<Range, kHighestGroupId + 1> RowsByGroupId() {
 }
 constexpr auto kRowsByGroupId = RowsByGroupId();
 
-Range RowsOfGroup(DWORD id) {
-  return id <= kHighestGroupId ? kRowsByGroupId[id] : Range{0, 0};
-}
-
 // What wcscasecmp says of equality. Equal characters fold alike in every
 // locale, so the locale is only asked about others.
 bool EqualInAnyCase(const wchar_t* name, const wchar_t* wanted) {
@@ -88,22 +84,28 @@ COidData* Walk(COidData* records, int count, unsigned int key_type, void* key) {
   return nullptr;
 }
 
+// The first of `rows` that the index gives for `key` and that is wanted, or
+// null.
 template <class AnyIndex, class IsWanted>
 COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, Range rows,
                       IsWanted is_wanted) {
   for (RowNumber row = index.First(key); row < rows.end;
        row = index.Next(row)) {
-    if (row >= rows.begin && is_wanted(records[row])) return &records[row];
+    if (row >= rows.begin && is_wanted(row)) return &records[row];
   }
   return nullptr;
 }
 
-COidData* FindByOid(Range rows, const char* oid) {
+// The searches by the four kinds of key are kept apart: put into one function,
+// the shortest would set up the stack of the longest.
+[[gnu::noinline]] COidData* FindByOid(Range rows, const char* oid) {
   const std::size_t length = ::strnlen(oid, kLongestOid + 1);
   if (length < kShortestOid || length > kLongestOid) return nullptr;
-  return FindIndexed(
-      kByOid, OidKey(oid, length), rows,
-      [oid](const COidData& record) { return HasOid(record, oid); });
+  const OidWords words = WordsOf(oid, length);
+  return FindIndexed(kByOid, OidKey(words, length), rows, [&](RowNumber row) {
+    return kOidLengths[row] == length &&
+           WordsOf(records[row].pszOID, length) == words;
+  });
 }
 
 // The index knows the names that the rows state. Where a walk would pass a row
@@ -116,21 +118,39 @@ std::optional<COidData*> FindBySettledName(Range rows, const wchar_t* name) {
     for (RowNumber row = kByName.First(*key); row < rows.end;
          row = kByName.Next(row)) {
       if (row < rows.begin) continue;
-      if (!AreNamesSettled({rows.begin, static_cast<RowNumber>(row + 1)})) {
+      if (!AreNamesSettled({rows.begin, row + 1u})) {
         return std::nullopt;
       }
-      if (IsNamed(NameOf(records[row]), name)) return &records[row];
+      const LPCWSTR stated = NameOf(records[row]);
+      if (stated != nullptr && kNameLengths[row] == length &&
+          (std::wmemcmp(stated, name, length) == 0 ||
+           EqualInAnyCase(stated, name))) {
+        return &records[row];
+      }
     }
   }
   if (!AreNamesSettled(rows)) return std::nullopt;
   return nullptr;
 }
 
-COidData* FindByName(Range rows, wchar_t* name) {
+[[gnu::noinline]] COidData* FindByName(Range rows, wchar_t* name) {
+  if (rows.size() == 0) return nullptr;
   const std::optional<COidData*> found = FindBySettledName(rows, name);
   return found ? *found
-               : Walk(records + rows.begin, rows.end - rows.begin,
+               : Walk(records + rows.begin, rows.size(),
                       CRYPT_OID_INFO_NAME_KEY, name);
+}
+
+[[gnu::noinline]] COidData* FindByAlgid(Range rows, ALG_ID algid) {
+  return FindIndexed(kByAlgid, AlgidKey(algid), rows, [=](RowNumber row) {
+    return records[row].Algid == algid;
+  });
+}
+
+[[gnu::noinline]] COidData* FindByPair(Range rows, AlgidPair pair) {
+  return FindIndexed(
+      kByPair, PairKey(pair.first, pair.second), rows,
+      [=](RowNumber row) { return HasPair(records[row], pair); });
 }
 
 COidData* FindInRegistry(Range rows, unsigned int key_type, void* key) {
@@ -139,18 +159,10 @@ COidData* FindInRegistry(Range rows, unsigned int key_type, void* key) {
       return FindByOid(rows, static_cast<const char*>(key));
     case CRYPT_OID_INFO_NAME_KEY:
       return FindByName(rows, static_cast<wchar_t*>(key));
-    case CRYPT_OID_INFO_ALGID_KEY: {
-      const auto algid = Read<ALG_ID>(key);
-      return FindIndexed(
-          kByAlgid, AlgidKey(algid), rows,
-          [algid](const COidData& record) { return record.Algid == algid; });
-    }
-    case CRYPT_OID_INFO_SIGN_KEY: {
-      const auto pair = Read<AlgidPair>(key);
-      return FindIndexed(
-          kByPair, PairKey(pair.first, pair.second), rows,
-          [pair](const COidData& record) { return HasPair(record, pair); });
-    }
+    case CRYPT_OID_INFO_ALGID_KEY:
+      return FindByAlgid(rows, Read<ALG_ID>(key));
+    case CRYPT_OID_INFO_SIGN_KEY:
+      return FindByPair(rows, Read<AlgidPair>(key));
     default:
       return nullptr;
   }
@@ -197,10 +209,10 @@ COidData* FindOIDInfoInternal(const OID_TABLE_INFO& table,
 
 COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
                               unsigned int dwGroupId) {
-  const oid::Range rows =
-      oid::RowsOfGroup(dwGroupId & ~CRYPT_OID_DISABLE_SEARCH_DS_FLAG);
-  if (pvKey == nullptr || rows.begin == rows.end) return nullptr;
-  return oid::Resolved(oid::FindInRegistry(rows, dwKeyType, pvKey));
+  const DWORD group = dwGroupId & ~CRYPT_OID_DISABLE_SEARCH_DS_FLAG;
+  if (pvKey == nullptr || group > oid::kHighestGroupId) return nullptr;
+  return oid::Resolved(
+      oid::FindInRegistry(oid::kRowsByGroupId[group], dwKeyType, pvKey));
 }
 
 COidData* FindOIDInfo(unsigned int dwKeyType, void* pvKey,

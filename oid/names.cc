@@ -119,18 +119,16 @@ void LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
 
 }  // namespace
 
-LPCWSTR ResolvedName(COidData& record) {
-  LPCWSTR name = NameOf(record);
-  if (!IsTextNumber(name)) return name;
+LPCWSTR LoadedName(COidData& record, LPCWSTR name) {
   LoadName(record, name,
            static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(name)));
   return NameOf(record);
 }
 
 bool AreNamesSettled(Range rows) {
-  const unsigned int last_row = rows.end - 1u;
+  const std::uint32_t last_row = rows.end - 1;
   std::uint64_t asked = ~std::uint64_t{0} << rows.begin % kBits;
-  unsigned int word = rows.begin / kBits;
+  std::uint32_t word = rows.begin / kBits;
   for (; word < last_row / kBits; ++word) {
     if ((unsettled[word].load(std::memory_order_acquire) & asked) != 0) {
       return false;

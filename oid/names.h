@@ -23,8 +23,15 @@ inline bool IsTextNumber(LPCWSTR name) {
   return value != 0 && value < 0x10000;
 }
 
+// Puts the text `number` in the place of that number, `name`, and returns what
+// the record then holds; may be null.
+LPCWSTR LoadedName(COidData& record, LPCWSTR name);
+
 // The record's name, loaded first when it is still a number. May be null.
-LPCWSTR ResolvedName(COidData& record);
+inline LPCWSTR ResolvedName(COidData& record) {
+  const LPCWSTR name = NameOf(record);
+  return IsTextNumber(name) ? LoadedName(record, name) : name;
+}
 
 // Whether the name of each row in `rows` is settled: it is the one that the
 // row states, or null, and stays so. While it is not, only the record itself

@@ -73,8 +73,7 @@ COidData records[kRowCount] = {
 namespace {
 
 constexpr OID_TABLE_INFO TableOf(const Group& group) {
-  return {group.id, group.rows.end - group.rows.begin,
-          records + group.rows.begin};
+  return {group.id, group.rows.size(), records + group.rows.begin};
 }
 
 }  // namespace

@@ -74,8 +74,10 @@ static_assert(std::size(kRows) == kRowCount);
 
 // Rows `begin` up to but not including `end`.
 struct Range {
-  RowNumber begin;
-  RowNumber end;
+  constexpr int size() const { return static_cast<int>(end - begin); }
+
+  std::uint32_t begin;
+  std::uint32_t end;
 };
 
 inline constexpr Range kWholeRegistry = {0, kRowCount};
@@ -102,7 +104,7 @@ inline constexpr std::size_t kGroupCount = std::size(kGroups);
 static_assert(std::ranges::all_of(kGroups, [](const Group& group) {
   return std::count_if(kRows + group.rows.begin, kRows + group.rows.end,
                        [&](const Row& row) { return row.group == group.id; }) ==
-         group.rows.end - group.rows.begin;
+         group.rows.size();
 }));
 static_assert(kGroups[0].rows.begin == 0 &&
               std::ranges::adjacent_find(kGroups,
