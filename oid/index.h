@@ -71,7 +71,7 @@ class Index {
   }
 
   // The row after `row` with the same key, or kNoRow.
-  constexpr RowNumber Next(RowNumber row) const { return next_[row]; }
+  constexpr RowNumber Next(std::uint32_t row) const { return next_[row]; }
 
  private:
   static constexpr std::size_t TopBits(std::uint64_t bits, std::size_t count) {

@@ -89,7 +89,7 @@ COidData* Walk(COidData* records, int count, unsigned int key_type, void* key) {
 template <class AnyIndex, class IsWanted>
 COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, Range rows,
                       IsWanted is_wanted) {
-  for (RowNumber row = index.First(key); row < rows.end;
+  for (std::uint32_t row = index.First(key); row < rows.end;
        row = index.Next(row)) {
     if (row >= rows.begin && is_wanted(row)) return &records[row];
   }
@@ -102,10 +102,11 @@ COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, Range rows,
   const std::size_t length = ::strnlen(oid, kLongestOid + 1);
   if (length < kShortestOid || length > kLongestOid) return nullptr;
   const OidWords words = WordsOf(oid, length);
-  return FindIndexed(kByOid, OidKey(words, length), rows, [&](RowNumber row) {
-    return kOidLengths[row] == length &&
-           WordsOf(records[row].pszOID, length) == words;
-  });
+  return FindIndexed(kByOid, OidKey(words, length), rows,
+                     [&](std::uint32_t row) {
+                       return kOidLengths[row] == length &&
+                              WordsOf(records[row].pszOID, length) == words;
+                     });
 }
 
 // The index knows the names that the rows state. Where a walk would pass a row
@@ -115,10 +116,10 @@ std::optional<COidData*> FindBySettledName(Range rows, const wchar_t* name) {
   if (length <= kLongestName) {
     const std::optional<std::uint64_t> key = NameKey(name, length);
     if (!key) return std::nullopt;
-    for (RowNumber row = kByName.First(*key); row < rows.end;
+    for (std::uint32_t row = kByName.First(*key); row < rows.end;
          row = kByName.Next(row)) {
       if (row < rows.begin) continue;
-      if (!AreNamesSettled({rows.begin, row + 1u})) {
+      if (!AreNamesSettled({rows.begin, row + 1})) {
         return std::nullopt;
       }
       const LPCWSTR stated = NameOf(records[row]);
@@ -142,7 +143,7 @@ std::optional<COidData*> FindBySettledName(Range rows, const wchar_t* name) {
 }
 
 [[gnu::noinline]] COidData* FindByAlgid(Range rows, ALG_ID algid) {
-  return FindIndexed(kByAlgid, AlgidKey(algid), rows, [=](RowNumber row) {
+  return FindIndexed(kByAlgid, AlgidKey(algid), rows, [=](std::uint32_t row) {
     return records[row].Algid == algid;
   });
 }
@@ -150,7 +151,7 @@ std::optional<COidData*> FindBySettledName(Range rows, const wchar_t* name) {
 [[gnu::noinline]] COidData* FindByPair(Range rows, AlgidPair pair) {
   return FindIndexed(
       kByPair, PairKey(pair.first, pair.second), rows,
-      [=](RowNumber row) { return HasPair(records[row], pair); });
+      [=](std::uint32_t row) { return HasPair(records[row], pair); });
 }
 
 COidData* FindInRegistry(Range rows, unsigned int key_type, void* key) {

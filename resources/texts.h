@@ -30,8 +30,9 @@ struct Text {
 // "Parametrs", "Addresss", "Sur Name" and the two blanks of 56 are how these
 // texts are known. So are the twins 8091 and 8532, 8092 and 8531. They stay.
 // "%1!s!" and its like are inserts for the message formatter of the caller.
+// clang-format off
 inline constexpr Text kTexts[] = {
-    //id, text
+//   number, text
     {   1, "Quorin CSP"},
     {   2, "%1!s!\n\n%2!u!: %3!s!"},
     {   3, "%1!s!\n\n%2!u!: %3!s! (%4!s!)"},
@@ -202,6 +203,7 @@ inline constexpr Text kTexts[] = {
     {8533, "Lifetime Signing"},
     {8600, "All issuance policies"},
 };
+// clang-format on
 
 // The numbers stand in two dense ranges, so a row is found by subtraction.
 inline constexpr std::uint16_t kLowIds = 103;
@@ -222,10 +224,10 @@ consteval std::array<std::uint8_t, kLowIds + kHighIds> RowsById() {
 inline constexpr auto kRowsById = RowsById();
 
 constexpr const Text* FindText(unsigned int id) {
-  const unsigned int place =
-      id < kLowIds ? id
-                   : (id - kFirstHighId < kHighIds ? id - kFirstHighId + kLowIds
-                                                   : 0);
+  // Number 0 has no text: it is where all numbers outside the ranges look.
+  unsigned int place = 0;
+  if (id < kLowIds) place = id;
+  if (id - kFirstHighId < kHighIds) place = id - kFirstHighId + kLowIds;
   const std::uint8_t row = kRowsById[place];
   return row == kNoRow ? nullptr : &kTexts[row];
 }
@@ -237,7 +239,6 @@ static_assert(std::ranges::adjacent_find(kTexts, std::greater_equal{},
 static_assert(std::ranges::all_of(kTexts, [](const Text& text) {
   return FindText(text.id) == &text;
 }));
-// Number 0 has no text: it is where all numbers outside the ranges look.
 static_assert(FindText(0) == nullptr && FindText(4) == nullptr &&
               FindText(103) == nullptr && FindText(8031) == nullptr &&
               FindText(7999) == nullptr && FindText(8601) == nullptr &&

@@ -20,24 +20,27 @@
 
 /// @name Basic types
 /// @{
-using BYTE = std::uint8_t;
-using WORD = std::uint16_t;
-using DWORD = std::uint32_t;
-using ULONG = std::uint32_t;
-using LONG = std::int32_t;
-using BOOL = int;
-using LPSTR = char*;
-using LPCSTR = const char*;
-using LPWSTR = wchar_t*;
-using LPCWSTR = const wchar_t*;
-using ALG_ID = unsigned int;
+using BYTE = std::uint8_t;       ///< An 8-bit unsigned number.
+using WORD = std::uint16_t;      ///< A 16-bit unsigned number.
+using DWORD = std::uint32_t;     ///< A 32-bit unsigned number.
+using ULONG = std::uint32_t;     ///< A 32-bit unsigned number.
+using LONG = std::int32_t;       ///< A 32-bit signed number.
+using BOOL = int;                ///< 1 for true, 0 for false.
+using LPSTR = char*;             ///< A NUL-terminated string.
+using LPCSTR = const char*;      ///< A NUL-terminated constant string.
+using LPWSTR = wchar_t*;         ///< A NUL-terminated wide string.
+using LPCWSTR = const wchar_t*;  ///< A constant wide string.
+using ALG_ID = unsigned int;     ///< An algorithm.
 /// @}
 
 /// Bytes that stand elsewhere, and how many.
 typedef struct _CRYPTOAPI_BLOB {
   DWORD cbData;  ///< Length of `pbData` in bytes.
   BYTE* pbData;  ///< The bytes; may be null when `cbData` is 0.
-} CRYPT_DATA_BLOB, CRYPT_OBJID_BLOB;
+} CRYPT_DATA_BLOB;
+
+/// Encoded parameters of an algorithm.
+typedef CRYPT_DATA_BLOB CRYPT_OBJID_BLOB;
 
 /// The content of an ASN.1 BIT STRING.
 typedef struct _CRYPT_BIT_BLOB {
@@ -85,56 +88,59 @@ typedef struct _CRYPT_OID_INFO {
 /// @name Algorithm identifiers
 /// Class in bits 13 to 15, type in bits 9 to 12, sub-identifier in bits 0 to 8.
 /// @{
-constexpr ALG_ID CALG_MD2 = 0x8001;
-constexpr ALG_ID CALG_MD4 = 0x8002;
-constexpr ALG_ID CALG_MD5 = 0x8003;
-constexpr ALG_ID CALG_SHA1 = 0x8004;
-constexpr ALG_ID CALG_DES = 0x6601;
-constexpr ALG_ID CALG_RC2 = 0x6602;
-constexpr ALG_ID CALG_3DES = 0x6603;
-constexpr ALG_ID CALG_RC4 = 0x6801;
-constexpr ALG_ID CALG_NO_SIGN = 0x2000;
-constexpr ALG_ID CALG_DSS_SIGN = 0x2200;
-constexpr ALG_ID CALG_RSA_SIGN = 0x2400;
-constexpr ALG_ID CALG_RSA_KEYX = 0xA400;
-constexpr ALG_ID CALG_DH_SF = 0xAA01;
-constexpr ALG_ID CALG_DH_EPHEM = 0xAA02;
+constexpr ALG_ID CALG_MD2 = 0x8001;       ///< MD2 hash
+constexpr ALG_ID CALG_MD4 = 0x8002;       ///< MD4 hash
+constexpr ALG_ID CALG_MD5 = 0x8003;       ///< MD5 hash
+constexpr ALG_ID CALG_SHA1 = 0x8004;      ///< SHA-1 hash
+constexpr ALG_ID CALG_DES = 0x6601;       ///< DES
+constexpr ALG_ID CALG_RC2 = 0x6602;       ///< RC2
+constexpr ALG_ID CALG_3DES = 0x6603;      ///< Triple DES
+constexpr ALG_ID CALG_RC4 = 0x6801;       ///< RC4
+constexpr ALG_ID CALG_NO_SIGN = 0x2000;   ///< no signature
+constexpr ALG_ID CALG_DSS_SIGN = 0x2200;  ///< DSA signature
+constexpr ALG_ID CALG_RSA_SIGN = 0x2400;  ///< RSA signature
+constexpr ALG_ID CALG_RSA_KEYX = 0xA400;  ///< RSA key exchange
+constexpr ALG_ID CALG_DH_SF = 0xAA01;     ///< Diffie-Hellman, static
+constexpr ALG_ID CALG_DH_EPHEM = 0xAA02;  ///< Diffie-Hellman, ephemeral
 /// @}
 
 /// @name Key types of an OID lookup
 /// @{
-constexpr DWORD CRYPT_OID_INFO_OID_KEY = 1;
-constexpr DWORD CRYPT_OID_INFO_NAME_KEY = 2;
-constexpr DWORD CRYPT_OID_INFO_ALGID_KEY = 3;
-constexpr DWORD CRYPT_OID_INFO_SIGN_KEY = 4;
+constexpr DWORD CRYPT_OID_INFO_OID_KEY = 1;    ///< a dotted OID
+constexpr DWORD CRYPT_OID_INFO_NAME_KEY = 2;   ///< a wide name
+constexpr DWORD CRYPT_OID_INFO_ALGID_KEY = 3;  ///< one `ALG_ID`
+constexpr DWORD CRYPT_OID_INFO_SIGN_KEY = 4;   ///< two `ALG_ID`s
 /// @}
 
 /// @name Groups of OIDs
 /// @{
-constexpr DWORD CRYPT_HASH_ALG_OID_GROUP_ID = 1;
-constexpr DWORD CRYPT_ENCRYPT_ALG_OID_GROUP_ID = 2;
-constexpr DWORD CRYPT_PUBKEY_ALG_OID_GROUP_ID = 3;
-constexpr DWORD CRYPT_SIGN_ALG_OID_GROUP_ID = 4;
-constexpr DWORD CRYPT_RDN_ATTR_OID_GROUP_ID = 5;
-constexpr DWORD CRYPT_EXT_OR_ATTR_OID_GROUP_ID = 6;
-constexpr DWORD CRYPT_ENHKEY_USAGE_OID_GROUP_ID = 7;
-constexpr DWORD CRYPT_POLICY_OID_GROUP_ID = 8;
+constexpr DWORD CRYPT_HASH_ALG_OID_GROUP_ID = 1;      ///< hashes
+constexpr DWORD CRYPT_ENCRYPT_ALG_OID_GROUP_ID = 2;   ///< ciphers
+constexpr DWORD CRYPT_PUBKEY_ALG_OID_GROUP_ID = 3;    ///< public keys
+constexpr DWORD CRYPT_SIGN_ALG_OID_GROUP_ID = 4;      ///< signatures
+constexpr DWORD CRYPT_RDN_ATTR_OID_GROUP_ID = 5;      ///< name attributes
+constexpr DWORD CRYPT_EXT_OR_ATTR_OID_GROUP_ID = 6;   ///< extensions
+constexpr DWORD CRYPT_ENHKEY_USAGE_OID_GROUP_ID = 7;  ///< key usages
+constexpr DWORD CRYPT_POLICY_OID_GROUP_ID = 8;        ///< policies
 /// Bit of a group id that asks to keep off directory services.
 constexpr DWORD CRYPT_OID_DISABLE_SEARCH_DS_FLAG = 0x80000000;
 /// @}
 
 /// @name Flags in the extra information of algorithm records
 /// @{
+
+/// Signatures are used as they stand, not reversed.
 constexpr DWORD CRYPT_OID_INHIBIT_SIGNATURE_FORMAT_FLAG = 0x1;
+/// Absent parameters are left out, not encoded as NULL.
 constexpr DWORD CRYPT_OID_NO_NULL_ALGORITHM_PARA_FLAG = 0x4;
 /// @}
 
 /// @name Value types of relative distinguished names
 /// @{
-constexpr DWORD CERT_RDN_NUMERIC_STRING = 3;
-constexpr DWORD CERT_RDN_PRINTABLE_STRING = 4;
-constexpr DWORD CERT_RDN_IA5_STRING = 7;
-constexpr DWORD CERT_RDN_UTF8_STRING = 13;
+constexpr DWORD CERT_RDN_NUMERIC_STRING = 3;    ///< NumericString
+constexpr DWORD CERT_RDN_PRINTABLE_STRING = 4;  ///< PrintableString
+constexpr DWORD CERT_RDN_IA5_STRING = 7;        ///< IA5String
+constexpr DWORD CERT_RDN_UTF8_STRING = 13;      ///< UTF8String
 /// @}
 
 /// Kind of key blob that holds a public key.
@@ -142,11 +148,11 @@ constexpr BYTE PUBLICKEYBLOB = 0x06;
 
 /// @name Last-error codes
 /// @{
-constexpr DWORD ERROR_INVALID_PARAMETER = 87;
-constexpr DWORD NTE_BAD_KEY = 0x80090003;
-constexpr DWORD NTE_BAD_ALGID = 0x80090008;
-constexpr DWORD NTE_NO_MEMORY = 0x8009000E;
-constexpr DWORD DIGSIG_E_ENCODE = 0x800B0005;
+constexpr DWORD ERROR_INVALID_PARAMETER = 87;  ///< an argument is wrong
+constexpr DWORD NTE_BAD_KEY = 0x80090003;      ///< a blob holds no key
+constexpr DWORD NTE_BAD_ALGID = 0x80090008;    ///< an algorithm is unknown
+constexpr DWORD NTE_NO_MEMORY = 0x8009000E;    ///< no memory
+constexpr DWORD DIGSIG_E_ENCODE = 0x800B0005;  ///< encoding failed
 /// @}
 
 #endif  // KORVAN_HOST_CRYPTOAPI
