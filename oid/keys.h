@@ -45,8 +45,8 @@ inline constexpr std::size_t kLongestOid =
       return row.oid.size();
     })->oid.size();
 
-// An OID of `length` characters, from kShortestOid to kLongestOid, as four
-// words that overlap where it is shorter: no branch to guess wrong.
+// An OID of `length` characters, kShortestOid or more, as four words that
+// overlap where it is shorter: no branch to guess wrong.
 struct OidWords {
   std::uint64_t first, second, third, last;
 

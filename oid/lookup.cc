@@ -100,7 +100,7 @@ COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, Range rows,
 // the shortest would set up the stack of the longest.
 [[gnu::noinline]] COidData* FindByOid(Range rows, const char* oid) {
   const std::size_t length = ::strnlen(oid, kLongestOid + 1);
-  if (length < kShortestOid || length > kLongestOid) return nullptr;
+  if (length < kShortestOid) return nullptr;
   const OidWords words = WordsOf(oid, length);
   return FindIndexed(kByOid, OidKey(words, length), rows,
                      [&](std::uint32_t row) {
@@ -135,7 +135,6 @@ std::optional<COidData*> FindBySettledName(Range rows, const wchar_t* name) {
 }
 
 [[gnu::noinline]] COidData* FindByName(Range rows, wchar_t* name) {
-  if (rows.size() == 0) return nullptr;
   const std::optional<COidData*> found = FindBySettledName(rows, name);
   return found ? *found
                : Walk(records + rows.begin, rows.size(),

@@ -127,17 +127,18 @@ LPCWSTR LoadedName(COidData& record, LPCWSTR name) {
 }
 
 bool AreNamesSettled(Range rows) {
-  const std::uint32_t last_row = rows.end - 1;
-  std::uint64_t asked = ~std::uint64_t{0} << rows.begin % kBits;
-  std::uint32_t word = rows.begin / kBits;
-  for (; word < last_row / kBits; ++word) {
+  constexpr std::uint64_t kAll = ~std::uint64_t{0};
+  std::uint64_t asked = kAll << rows.begin % kBits;
+  for (std::uint32_t word = rows.begin / kBits; word * kBits < rows.end;
+       ++word) {
+    const std::uint32_t left = rows.end - word * kBits;
+    if (left < kBits) asked &= ~(kAll << left);
     if ((unsettled[word].load(std::memory_order_acquire) & asked) != 0) {
       return false;
     }
-    asked = ~std::uint64_t{0};
+    asked = kAll;
   }
-  asked &= ~std::uint64_t{0} >> (kBits - 1 - last_row % kBits);
-  return (unsettled[word].load(std::memory_order_acquire) & asked) == 0;
+  return true;
 }
 
 }  // namespace oid

@@ -10,6 +10,7 @@
 
 #include "oid/expected_rows.h"
 #include "oid/registry_rows.h"
+#include "support/guarded_room.h"
 
 // What a search finds. Which names it loads on the way is told elsewhere, so
 // these tests may run in any order in one process.
@@ -201,15 +202,29 @@ TEST(OidLookup, ComparesOidsByteForByte) {
   EXPECT_EQ(FindByOid(std::string(100000, '1'), 0), nullptr);
 }
 
+// The text as a key whose terminator is the last thing that may be read.
+template <class Character>
+void* AtTheEdge(korvan::test::GuardedRoom& room,
+                const std::basic_string<Character>& text) {
+  const auto* const bytes =
+      reinterpret_cast<const unsigned char*>(text.c_str());
+  return room.Place({bytes, (text.size() + 1) * sizeof(Character)});
+}
+
 TEST(OidLookup, ReadsNoFurtherThanTheKey) {
-  // Keys at the end of a heap block: AddressSanitizer watches what is behind.
+  korvan::test::GuardedRoom room(4096);
+  for (const ExpectedRow& row : kExpectedRows) {
+    EXPECT_NE(FindOIDInfo(1, AtTheEdge<char>(room, row.oid), row.group),
+              nullptr);
+    if (row.name == nullptr) continue;
+    EXPECT_NE(FindOIDInfo(2, AtTheEdge<wchar_t>(room, row.name), row.group),
+              nullptr);
+  }
   for (std::size_t length = 1; length < 60; ++length) {
-    std::vector<char> oid(length + 1, '1');
-    oid.back() = '\0';
-    EXPECT_EQ(FindOIDInfo(1, oid.data(), 0), nullptr);
-    std::vector<wchar_t> name(length + 1, L'1');
-    name.back() = L'\0';
-    EXPECT_EQ(FindOIDInfo(2, name.data(), 0), nullptr);
+    const std::string oid(length, '1');
+    EXPECT_EQ(FindOIDInfo(1, AtTheEdge(room, oid), 0), nullptr);
+    const std::wstring name(length, L'1');
+    EXPECT_EQ(FindOIDInfo(2, AtTheEdge(room, name), 0), nullptr);
   }
 }
 
@@ -356,6 +371,15 @@ TEST(OwnOidRecord, WithoutANameMatchesNoName) {
   COidData record = OwnRecord("1.1", nullptr);
   wchar_t name[] = L"";
   EXPECT_FALSE(MatchOidInfo(record, 2, name));
+}
+
+TEST(OwnOidRecord, NamesWithUnitsBeyondUnicodeAreComparedToTheirEnd) {
+  wchar_t name[] = L"?a";
+  wchar_t other[] = L"?b";
+  name[0] = other[0] = static_cast<wchar_t>(0x80000000);
+  COidData record = OwnRecord("1.1", name);
+  EXPECT_TRUE(MatchOidInfo(record, 2, name));
+  EXPECT_FALSE(MatchOidInfo(record, 2, other));
 }
 
 TEST(OwnOidRecord, TheSecondWordIsReadOnlyFromFourBytesOrMore) {
