@@ -107,70 +107,16 @@ class Index {
   std::array<RowNumber, kRowCount> next_{};
 };
 
-template <class KeyOf>
-consteval RowKeys KeysOfRows(KeyOf key_of) {
-  RowKeys keys{};
-  for (RowNumber row = 0; row < kRowCount; ++row)
-    keys[row] = key_of(kRows[row]);
-  return keys;
-}
-
-inline constexpr RowKeys kOidKeys = KeysOfRows([](const Row& row) {
-  return OidKey(WordsOf(row.oid.data(), row.oid.size()), row.oid.size());
-});
-inline constexpr RowKeys kNameKeys = KeysOfRows(
-    [](const Row& row) { return NameKey(row.name, row.name.size()).value(); });
-inline constexpr RowKeys kAlgidKeys =
-    KeysOfRows([](const Row& row) { return AlgidKey(row.algid); });
-inline constexpr RowKeys kPairKeys = KeysOfRows(
-    [](const Row& row) { return PairKey(row.algid, row.second_algid); });
-
-inline constexpr Index<64, 512> kByOid(kOidKeys, Repeats::kOncePerGroup);
-// A name that failed to load, or that the locale folds otherwise, lets a later
-// row win, so every row of a name is kept.
-inline constexpr Index<64, 512> kByName(kNameKeys, Repeats::kEveryRow);
-inline constexpr Index<1, 512> kByAlgid(kAlgidKeys, Repeats::kOncePerGroup);
-inline constexpr Index<1, 512> kByPair(kPairKeys, Repeats::kOncePerGroup);
-
-template <class LengthOf>
-consteval std::array<std::uint8_t, kRowCount> LengthsOfRows(
-    LengthOf length_of) {
-  std::array<std::uint8_t, kRowCount> lengths{};
-  for (RowNumber row = 0; row < kRowCount; ++row) {
-    lengths[row] = static_cast<std::uint8_t>(length_of(kRows[row]));
-  }
-  return lengths;
-}
+// Computed and proved in index.cc.
+extern const Index<64, 512> kByOid;
+extern const Index<64, 512> kByName;
+extern const Index<1, 512> kByAlgid;
+extern const Index<1, 512> kByPair;
 
 // A key and a row of one length are compared word by word.
-inline constexpr auto kOidLengths =
-    LengthsOfRows([](const Row& row) { return row.oid.size(); });
-inline constexpr auto kNameLengths =
-    LengthsOfRows([](const Row& row) { return row.name.size(); });
-
-// The index against the rows: from the first row of a key its rows follow in
-// the order of the table, and no row is left out but those a search can't
-// return.
-template <class AnyIndex>
-consteval bool LeadsToEveryRow(const AnyIndex& index, const RowKeys& keys,
-                               Repeats repeats) {
-  for (RowNumber row = 0; row < kRowCount; ++row) {
-    RowNumber met = index.First(keys[row]);
-    while (met < row && kRows[met].group != kRows[row].group) {
-      met = index.Next(met);
-    }
-    if (repeats == Repeats::kEveryRow) {
-      while (met < row) met = index.Next(met);
-    }
-    if (met > row || keys[met] != keys[row]) return false;
-    if (index.Next(row) != kNoRow && index.Next(row) <= row) return false;
-  }
-  return true;
-}
-static_assert(LeadsToEveryRow(kByOid, kOidKeys, Repeats::kOncePerGroup));
-static_assert(LeadsToEveryRow(kByName, kNameKeys, Repeats::kEveryRow));
-static_assert(LeadsToEveryRow(kByAlgid, kAlgidKeys, Repeats::kOncePerGroup));
-static_assert(LeadsToEveryRow(kByPair, kPairKeys, Repeats::kOncePerGroup));
+using RowLengths = std::array<std::uint8_t, kRowCount>;
+extern const RowLengths kOidLengths;
+extern const RowLengths kNameLengths;
 
 }  // namespace korvan::oid
 
