@@ -1,0 +1,177 @@
+#ifndef KORVAN_PLATFORM_ASN1_RECORD_H_
+#define KORVAN_PLATFORM_ASN1_RECORD_H_
+
+#include <korvan/export.h>
+
+/// @file
+/// One ASN.1 record, that is identifier, length and content, read from BER and
+/// written in DER (X.690), and the byte buffer that carries it.
+///
+/// A host process has these two classes of its own; the platform library's
+/// stand in where there is none. Clauses are those of X.690 (08/2015).
+
+/// A buffer of bytes that owns what it holds.
+///
+/// Up to 528 bytes, which a 4096-bit RSA key needs, stand in the object
+/// itself; more stand on the heap. Any number of threads may read one buffer
+/// at a time; one that changes it must be alone.
+class KORVAN_API IdentObj {
+ public:
+  /// Makes an empty buffer. It cannot fail.
+  IdentObj() noexcept;
+
+  /// Makes a buffer that holds a copy of `count` bytes.
+  ///
+  /// @param bytes  the bytes; may be null when `count` is 0.
+  /// @param count  how many.
+  /// @throws std::bad_alloc when there is no memory for them.
+  IdentObj(const void* bytes, unsigned int count);
+
+  /// Makes an independent copy of `other`, as the constructor from bytes does.
+  IdentObj(const IdentObj& other);
+
+  /// Makes this buffer an independent copy of `other`, which may be this one.
+  ///
+  /// @return this buffer.
+  /// @throws std::bad_alloc when there is no memory; the buffer keeps then
+  ///         what it held.
+  IdentObj& operator=(const IdentObj& other);
+
+  /// Releases the bytes.
+  ~IdentObj();
+
+  unsigned int length;  ///< How many bytes the buffer holds. Only to be read.
+
+  /// The bytes; never null. They stay the buffer's, and stay where they are
+  /// until it is assigned to or destroyed. The pointer is only to be read.
+  unsigned char* data;
+
+ private:
+  friend class CASNTBaseRecord;
+
+  // Room for `count` bytes beside what the buffer holds on the heap.
+  unsigned char* FindRoom(unsigned int count);
+  // Lets go of what the buffer holds and takes `count` bytes at `room`.
+  void Hold(unsigned char* room, unsigned int count) noexcept;
+  void Assign(const void* bytes, unsigned int count);
+
+  unsigned char room_[528];
+};
+
+/// Why a record has no content or no encoding to give; 0 where it has.
+enum Asn1Status {
+  kAsn1Ok = 0,              ///< All is there.
+  kAsn1NoRecord = 1,        ///< No tag was set, or no header could be read.
+  kAsn1ContentMissing = 2,  ///< The bytes ended before the content did.
+  kAsn1TooLong = 3          ///< The encoding would take 4 GiB or more.
+};
+
+/// One ASN.1 record: a tag, primitive or constructed, and a content.
+///
+/// TAGS ARE NUMBERED WITH THEIR CLASS: the number stands in bits 0 to 29, and
+/// the two bits that name the class in the identifier octet (8.1.2.2) stand in
+/// bits 31 and 30. So a universal tag is its plain number, and only the
+/// universal OCTET STRING is 4:
+///
+///     universal 4         0x00000004
+///     application 4       0x40000004
+///     context-specific 4  0x80000004
+///     private 4           0xC0000004
+///
+/// A new record is BLANK: its tag is 0, it is primitive and without content.
+/// One thread at a time may use a record, `GetEncodedRecord` included.
+class KORVAN_API CASNTBaseRecord {
+ public:
+  /// Makes a blank record. It cannot fail.
+  CASNTBaseRecord() noexcept;
+
+  CASNTBaseRecord(const CASNTBaseRecord&) = delete;
+  CASNTBaseRecord& operator=(const CASNTBaseRecord&) = delete;
+
+  /// Releases the record, and with it all buffers that it gave out.
+  ~CASNTBaseRecord();
+
+  /// Reads the first record in `encoded`, in BER with a definite length, and
+  /// takes its place. Bytes that follow it are of no account, and lengths
+  /// that are longer written than needed are read (8.1.3.5, note 2).
+  ///
+  /// @param encoded  the bytes; they are copied and may go afterwards. They
+  ///                 may be this record's own content.
+  /// @return true when a whole record was read.
+  /// @throws std::bad_alloc when there is no memory for the content; the
+  ///         record keeps then what it held. MALFORMED BYTES NEVER THROW.
+  ///
+  /// No byte past `encoded.length` is read. These leave the record blank, so
+  /// that `GetTag` gives 0 and `GetRecord` reports `kAsn1NoRecord`:
+  ///   - no bytes at all (8.1.1.1);
+  ///   - an identifier that the bytes end in, or whose tag number begins with
+  ///     seven zero bits (8.1.2.4.2), or gives a number below 31 in the form
+  ///     that is for greater ones (8.1.2.2);
+  ///   - a tag number of 2^30 or more, which is allowed by 8.1.2.4 but has no
+  ///     place in a 32-bit tag;
+  ///   - universal tag 0, which marks an end and no record (8.1.5);
+  ///   - no length, or one that the bytes end in (8.1.3.5);
+  ///   - the indefinite length 0x80 (8.1.3.6), for the content's end would
+  ///     have to be searched for;
+  ///   - a length in more than four bytes, leading zeros included, the
+  ///     reserved 0xFF with it (8.1.3.5).
+  ///
+  /// A length that goes past the end (8.1.4) leaves the tag, the constructed
+  /// bit and the length as they were read, the content empty, and `GetRecord`
+  /// reports `kAsn1ContentMissing`.
+  bool SetEncodedEntry(const IdentObj& encoded);
+
+  /// Returns the tag, numbered as said above; 0 for a blank record.
+  unsigned int GetTag() const noexcept;
+
+  /// Returns the length of the content in bytes, as the record's length octets
+  /// gave it, EVEN WHERE FEWER BYTES FOLLOWED; 0 for a blank record.
+  unsigned int GetEntrySize() const noexcept;
+
+  /// Returns the constructed bit (8.1.2.5); false for a blank record.
+  bool GetIsConstraction() const noexcept;
+
+  /// Returns the content.
+  ///
+  /// @param status  receives why the content is not there, a value of
+  ///                `Asn1Status`; left alone when it is. Must not be null.
+  /// @return the content, empty where `status` was set. It is the record's
+  ///         and holds until the record is changed or destroyed.
+  const IdentObj& GetRecord(int* status) const noexcept;
+
+  /// Gives the record a tag and makes it primitive. The content stays.
+  ///
+  /// @param tag  numbered as said above; 4 makes it a universal OCTET STRING.
+  ///             0 leaves the record without a tag.
+  void SetTag(unsigned int tag) noexcept;
+
+  /// Gives the record a content. Tag and constructed bit stay.
+  ///
+  /// @param bytes  the content, which is copied; may be null when `count` is
+  ///               0, and may be this record's own content.
+  /// @param count  its length in bytes.
+  /// @throws std::bad_alloc when there is no memory for it; the record keeps
+  ///         then what it held.
+  void SetEntry(const void* bytes, unsigned int count);
+
+  /// Returns the record's encoding in DER: identifier, length in its shortest
+  /// form (10.1), content.
+  ///
+  /// @param status  receives why there is no encoding, a value of
+  ///                `Asn1Status`; left alone when there is. Must not be null.
+  /// @return the encoding, empty where `status` was set. It is the record's
+  ///         and holds until the record is asked for it again or destroyed.
+  /// @throws std::bad_alloc when there is no memory for it.
+  const IdentObj& GetEncodedRecord(int* status) const;
+
+ private:
+  Asn1Status Status() const noexcept;
+
+  unsigned int tag_;
+  unsigned int size_;
+  bool constructed_;
+  IdentObj content_;
+  mutable IdentObj encoding_;
+};
+
+#endif  // KORVAN_PLATFORM_ASN1_RECORD_H_

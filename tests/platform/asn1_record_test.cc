@@ -1,0 +1,572 @@
+#include <gtest/gtest.h>
+#include <korvan/platform/asn1_record.h>
+
+#include <memory>
+#include <new>
+#include <numeric>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "pubkey/guarded_bytes.h"
+#include "pubkey/heap_watch.h"
+
+namespace {
+
+using korvan::test::GuardedBytes;
+using korvan::test::HeapWatch;
+using Bytes = std::vector<unsigned char>;
+
+constexpr unsigned int kInPlace = 528;
+
+Bytes Counted(std::size_t count) {
+  Bytes bytes(count);
+  std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(1));
+  return bytes;
+}
+
+Bytes operator+(Bytes left, const Bytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+Bytes BytesOf(const IdentObj& buffer) {
+  return {buffer.data, buffer.data + buffer.length};
+}
+
+IdentObj BufferOf(const Bytes& bytes) {
+  return {bytes.data(), static_cast<unsigned int>(bytes.size())};
+}
+
+TEST(IdentObj, BeginsEmpty) {
+  const IdentObj buffer;
+  EXPECT_EQ(buffer.length, 0u);
+  EXPECT_NE(buffer.data, nullptr);
+}
+
+TEST(IdentObj, MayBeMadeOfNoBytesAtNoAddress) {
+  const IdentObj buffer(nullptr, 0);
+  EXPECT_EQ(buffer.length, 0u);
+  EXPECT_NE(buffer.data, nullptr);
+}
+
+TEST(IdentObj, HoldsACopyOfTheBytesOfAnyLength) {
+  for (const std::size_t count : {1u, 64u, 527u, 528u, 529u, 100000u}) {
+    Bytes bytes = Counted(count);
+    const IdentObj buffer = BufferOf(bytes);
+    bytes.assign(count, 0);
+    EXPECT_EQ(BytesOf(buffer), Counted(count));
+  }
+}
+
+TEST(IdentObj, ReadsNoByteThatItWasNotGiven) {
+  for (const std::size_t count : {0u, 1u, 64u, 528u, 529u, 5000u}) {
+    const GuardedBytes bytes(Counted(count));
+    EXPECT_EQ(BytesOf(IdentObj(bytes.data(), bytes.size())), Counted(count));
+  }
+}
+
+TEST(IdentObj, TakesNoHeapForWhatFitsInPlace) {
+  const Bytes bytes = Counted(kInPlace);
+  HeapWatch watch;
+  {
+    const IdentObj buffer(bytes.data(), kInPlace);
+    IdentObj copy(buffer);
+    copy = buffer;
+  }
+  watch.Stop();
+  EXPECT_TRUE(watch.sizes().empty());
+  EXPECT_TRUE(watch.freed().empty());
+}
+
+TEST(IdentObj, TakesExactlyItsBytesOfTheHeapForMoreAndGivesThemBack) {
+  const Bytes bytes = Counted(kInPlace + 1);
+  HeapWatch watch;
+  { const IdentObj buffer(bytes.data(), kInPlace + 1); }
+  watch.Stop();
+  EXPECT_EQ(watch.sizes(), std::vector<std::size_t>{kInPlace + 1});
+  EXPECT_EQ(watch.freed().size(), 1u);
+}
+
+TEST(IdentObj, IsCopiedIndependently) {
+  for (const std::size_t count : {0u, 64u, 600u}) {
+    auto source = std::make_unique<IdentObj>(BufferOf(Counted(count)));
+    const IdentObj copy(*source);
+    source.reset();
+    EXPECT_EQ(BytesOf(copy), Counted(count));
+  }
+}
+
+TEST(IdentObj, IsAssignedIndependentlyWhateverItHeld) {
+  for (const std::size_t held : {0u, 64u, 600u, 700u}) {
+    for (const std::size_t count : {0u, 1u, 64u, 600u, 800u}) {
+      IdentObj buffer = BufferOf(Bytes(held, 0xEE));
+      auto source = std::make_unique<IdentObj>(BufferOf(Counted(count)));
+      EXPECT_EQ(&(buffer = *source), &buffer);
+      source.reset();
+      EXPECT_EQ(BytesOf(buffer), Counted(count));
+    }
+  }
+}
+
+TEST(IdentObj, MayBeAssignedToItself) {
+  for (const std::size_t count : {0u, 64u, 600u}) {
+    IdentObj buffer = BufferOf(Counted(count));
+    const IdentObj& same = buffer;
+    buffer = same;
+    EXPECT_EQ(BytesOf(buffer), Counted(count));
+  }
+}
+
+TEST(IdentObj, GivesBackWhatItHeldWhenItIsAssignedTo) {
+  const Bytes bytes = Counted(600);
+  HeapWatch watch;
+  {
+    const IdentObj source(bytes.data(), 600);
+    IdentObj buffer(bytes.data(), 600);
+    buffer = source;
+    buffer = IdentObj();
+  }
+  watch.Stop();
+  EXPECT_EQ(watch.sizes().size(), 3u);
+  EXPECT_EQ(watch.freed().size(), 3u);
+}
+
+TEST(IdentObj, ThrowsWhenThereIsNoMemory) {
+  const Bytes bytes = Counted(600);
+  HeapWatch watch(1);
+  EXPECT_THROW(IdentObj(bytes.data(), 600), std::bad_alloc);
+}
+
+TEST(IdentObj, KeepsWhatItHeldWhenThereIsNoMemoryToAssign) {
+  const IdentObj source = BufferOf(Counted(600));
+  IdentObj buffer = BufferOf({1, 2, 3});
+  {
+    HeapWatch watch(1);
+    EXPECT_THROW(buffer = source, std::bad_alloc);
+  }
+  EXPECT_EQ(BytesOf(buffer), (Bytes{1, 2, 3}));
+}
+
+// What a record gives after bytes were read, in one comparable value.
+struct Reading {
+  bool whole;
+  unsigned int tag;
+  bool constructed;
+  unsigned int size;
+  int status;
+  Bytes content;
+
+  friend bool operator==(const Reading&, const Reading&) = default;
+  friend void PrintTo(const Reading& reading, std::ostream* out) {
+    *out << (reading.whole ? "whole" : "not whole") << ", tag " << std::hex
+         << reading.tag << (reading.constructed ? ", constructed" : "")
+         << ", size " << reading.size << ", status " << reading.status
+         << ", content " << testing::PrintToString(reading.content);
+  }
+};
+
+const Reading kBlank = {false, 0, false, 0, kAsn1NoRecord, {}};
+
+Reading ReadingOf(const CASNTBaseRecord& record, bool whole) {
+  Reading reading{whole,
+                  record.GetTag(),
+                  record.GetIsConstraction(),
+                  record.GetEntrySize(),
+                  kAsn1Ok,
+                  {}};
+  reading.content = BytesOf(record.GetRecord(&reading.status));
+  return reading;
+}
+
+Reading Read(const Bytes& encoded) {
+  CASNTBaseRecord record;
+  const bool whole = record.SetEncodedEntry(BufferOf(encoded));
+  return ReadingOf(record, whole);
+}
+
+Bytes Encode(unsigned int tag, const Bytes& content) {
+  CASNTBaseRecord record;
+  record.SetTag(tag);
+  record.SetEntry(content.data(), static_cast<unsigned int>(content.size()));
+  int status = 0;
+  const Bytes encoded = BytesOf(record.GetEncodedRecord(&status));
+  EXPECT_EQ(status, kAsn1Ok);
+  return encoded;
+}
+
+TEST(Record, BeginsBlank) {
+  const CASNTBaseRecord record;
+  EXPECT_EQ(ReadingOf(record, false), kBlank);
+}
+
+TEST(Record, ReadsTagLengthAndContent) {
+  EXPECT_EQ(Read({0x04, 0x03, 1, 2, 3}),
+            (Reading{true, 4, false, 3, kAsn1Ok, {1, 2, 3}}));
+}
+
+TEST(Record, ReadsARecordWithoutContent) {
+  EXPECT_EQ(Read({0x05, 0x00}), (Reading{true, 5, false, 0, kAsn1Ok, {}}));
+}
+
+TEST(Record, ReadsTheConstructedBit) {
+  EXPECT_EQ(Read({0x30, 0x02, 0x05, 0x00}),
+            (Reading{true, 16, true, 2, kAsn1Ok, {0x05, 0x00}}));
+}
+
+TEST(Record, ReadsTheFirstRecordAndLeavesWhatFollows) {
+  EXPECT_EQ(Read({0x04, 0x01, 7, 0x02, 0x01, 9}),
+            (Reading{true, 4, false, 1, kAsn1Ok, {7}}));
+}
+
+TEST(Record, LeavesTheStatusAloneWhenTheContentIsThere) {
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(BufferOf({0x04, 0x00}));
+  int status = 77;
+  record.GetRecord(&status);
+  EXPECT_EQ(status, 77);
+  record.GetEncodedRecord(&status);
+  EXPECT_EQ(status, 77);
+}
+
+TEST(Record, NumbersTheTagWithItsClassInTheTopBits) {
+  EXPECT_EQ(Read({0x04, 0x00}).tag, 4u);
+  EXPECT_EQ(Read({0x44, 0x00}).tag, 0x40000004u);
+  EXPECT_EQ(Read({0x84, 0x00}).tag, 0x80000004u);
+  EXPECT_EQ(Read({0xC4, 0x00}).tag, 0xC0000004u);
+  EXPECT_EQ(Read({0xA0, 0x00}).tag, 0x80000000u);
+}
+
+TEST(Record, ReadsTagNumbersOfSeveralBytes) {
+  EXPECT_EQ(Read({0x1E, 0x00}).tag, 30u);
+  EXPECT_EQ(Read({0x1F, 0x1F, 0x00}).tag, 31u);
+  EXPECT_EQ(Read({0x1F, 0x7F, 0x00}).tag, 127u);
+  EXPECT_EQ(Read({0x5F, 0x81, 0x00, 0x00}).tag, 0x40000080u);
+  EXPECT_EQ(Read({0xBF, 0x82, 0x83, 0x04, 0x01, 9}),
+            (Reading{true, 0x80008184, true, 1, kAsn1Ok, {9}}));
+  EXPECT_EQ(Read({0xDF, 0x83, 0xFF, 0xFF, 0xFF, 0x7F, 0x00}).tag, 0xFFFFFFFFu);
+}
+
+TEST(Record, ReadsLengthsOfOneToFourBytesMinimalOrNot) {
+  for (const Bytes& header :
+       {Bytes{0x04, 0x02}, Bytes{0x04, 0x81, 0x02},
+        Bytes{0x04, 0x82, 0x00, 0x02}, Bytes{0x04, 0x83, 0x00, 0x00, 0x02},
+        Bytes{0x04, 0x84, 0x00, 0x00, 0x00, 0x02}}) {
+    EXPECT_EQ(Read(header + Bytes{8, 9}),
+              (Reading{true, 4, false, 2, kAsn1Ok, {8, 9}}));
+  }
+  EXPECT_EQ(Read(Bytes{0x04, 0x83, 0x01, 0x02, 0x03} + Counted(0x010203)),
+            (Reading{true, 4, false, 0x010203, kAsn1Ok, Counted(0x010203)}));
+}
+
+TEST(Record, IsBlankForNoBytes) { EXPECT_EQ(Read({}), kBlank); }
+
+TEST(Record, IsBlankForATruncatedIdentifier) {
+  EXPECT_EQ(Read({0x1F}), kBlank);
+  EXPECT_EQ(Read({0x1F, 0x81}), kBlank);
+  EXPECT_EQ(Read({0x1F, 0x81, 0x82}), kBlank);
+}
+
+TEST(Record, IsBlankForATagNumberThatBeginsWithZeros) {
+  EXPECT_EQ(Read({0x1F, 0x80, 0x1F, 0x00}), kBlank);
+  EXPECT_EQ(Read({0x1F, 0x80, 0x80, 0x80, 0x80, 0x04, 0x00}), kBlank);
+}
+
+TEST(Record, IsBlankForAnIdentifierLongerThanItsNumberNeeds) {
+  EXPECT_EQ(Read({0x1F, 0x00, 0x00}), kBlank);
+  EXPECT_EQ(Read({0x1F, 0x04, 0x00}), kBlank);
+  EXPECT_EQ(Read({0x9F, 0x1E, 0x00}), kBlank);
+}
+
+TEST(Record, IsBlankForATagNumberOfMoreThanThirtyBits) {
+  EXPECT_EQ(Read({0x1F, 0x84, 0x80, 0x80, 0x80, 0x00, 0x00}), kBlank);
+  // In 32 bits this number would be 4.
+  EXPECT_EQ(Read({0x1F, 0x90, 0x80, 0x80, 0x80, 0x04, 0x00}), kBlank);
+  EXPECT_EQ(Read({0x1F, 0x83, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F, 0x00}), kBlank);
+}
+
+TEST(Record, IsBlankForTheEndOfContentsMark) {
+  EXPECT_EQ(Read({0x00, 0x00}), kBlank);
+  EXPECT_EQ(Read({0x20, 0x01, 1}), kBlank);
+}
+
+TEST(Record, IsBlankForAMissingOrTruncatedLength) {
+  EXPECT_EQ(Read({0x04}), kBlank);
+  EXPECT_EQ(Read({0x1F, 0x1F}), kBlank);
+  EXPECT_EQ(Read({0x04, 0x81}), kBlank);
+  EXPECT_EQ(Read({0x04, 0x82, 0x00}), kBlank);
+  EXPECT_EQ(Read({0x04, 0x84, 0x00, 0x00, 0x00}), kBlank);
+}
+
+TEST(Record, IsBlankForAnIndefiniteLength) {
+  EXPECT_EQ(Read({0x04, 0x80, 1, 2, 0x00, 0x00}), kBlank);
+  EXPECT_EQ(Read({0x24, 0x80, 0x04, 0x00, 0x00, 0x00}), kBlank);
+}
+
+TEST(Record, IsBlankForALengthOfMoreThanFourBytes) {
+  EXPECT_EQ(Read({0x04, 0x85, 0, 0, 0, 0, 1, 9}), kBlank);
+  EXPECT_EQ(Read(Bytes{0x04, 0xFF} + Bytes(127) + Bytes{1}), kBlank);
+}
+
+TEST(Record, KeepsTagAndLengthWhenTheContentIsMissing) {
+  EXPECT_EQ(Read({0x04, 0x01}),
+            (Reading{false, 4, false, 1, kAsn1ContentMissing, {}}));
+  EXPECT_EQ(Read(Bytes{0x04, 0x81, 0x80} + Counted(127)),
+            (Reading{false, 4, false, 128, kAsn1ContentMissing, {}}));
+  EXPECT_EQ(Read({0x30, 0x84, 0xFF, 0xFF, 0xFF, 0xFF}),
+            (Reading{false, 16, true, 0xFFFFFFFF, kAsn1ContentMissing, {}}));
+}
+
+TEST(Record, ReadsNoByteThatItWasNotGiven) {
+  const Bytes longest = {0xBF, 0x81, 0x82, 0x03, 0x84, 0, 0, 0, 4, 1, 2, 3, 4};
+  for (std::size_t count = 0; count <= longest.size(); ++count) {
+    const GuardedBytes bytes({longest.data(), count});
+    // A buffer is read where it stands, so that the page behind it guards.
+    IdentObj encoded;
+    unsigned char* const own = encoded.data;
+    encoded.data = bytes.data();
+    encoded.length = bytes.size();
+    CASNTBaseRecord record;
+    EXPECT_EQ(record.SetEncodedEntry(encoded), count == longest.size());
+    encoded.data = own;
+  }
+}
+
+TEST(Record, IsIndependentOfTheBytesThatItRead) {
+  CASNTBaseRecord record;
+  bool whole = false;
+  {
+    const auto encoded =
+        std::make_unique<IdentObj>(BufferOf(Bytes{0x04, 0x02, 1, 2}));
+    whole = record.SetEncodedEntry(*encoded);
+  }
+  EXPECT_EQ(ReadingOf(record, whole),
+            (Reading{true, 4, false, 2, kAsn1Ok, {1, 2}}));
+}
+
+TEST(Record, CanReadTheRecordInsideItself) {
+  for (const std::size_t count : {3u, 600u, 70000u}) {
+    CASNTBaseRecord record;
+    const Bytes inner = Encode(2, Counted(count));
+    ASSERT_TRUE(record.SetEncodedEntry(BufferOf(Encode(4, inner))));
+    int status = 0;
+    const bool whole = record.SetEncodedEntry(record.GetRecord(&status));
+    EXPECT_EQ(ReadingOf(record, whole),
+              (Reading{true, 2, false, static_cast<unsigned int>(count),
+                       kAsn1Ok, Counted(count)}));
+  }
+}
+
+TEST(Record, ForgetsWhatItHeldWhenItReadsAnew) {
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
+  EXPECT_EQ(ReadingOf(record, record.SetEncodedEntry(BufferOf({0x04, 0x80}))),
+            kBlank);
+  record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
+  EXPECT_EQ(ReadingOf(record, record.SetEncodedEntry(BufferOf({0x04, 0x01}))),
+            (Reading{false, 4, false, 1, kAsn1ContentMissing, {}}));
+}
+
+TEST(Record, KeepsWhatItHeldWhenThereIsNoMemoryToRead) {
+  const IdentObj encoded = BufferOf(Encode(4, Counted(600)));
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
+  {
+    HeapWatch watch(1);
+    EXPECT_THROW(record.SetEncodedEntry(encoded), std::bad_alloc);
+  }
+  EXPECT_EQ(ReadingOf(record, true),
+            (Reading{true, 16, true, 2, kAsn1Ok, {0x05, 0x00}}));
+}
+
+TEST(Record, TakesNoHeapForAKeyOf512BytesAndItsHeader) {
+  const IdentObj encoded = BufferOf(Encode(4, Counted(512)));
+  HeapWatch watch;
+  {
+    CASNTBaseRecord record;
+    record.SetEncodedEntry(encoded);
+    int status = 0;
+    const IdentObj key = record.GetRecord(&status);
+    record.SetTag(4);
+    record.SetEntry(key.data, key.length);
+    record.GetEncodedRecord(&status);
+  }
+  watch.Stop();
+  EXPECT_TRUE(watch.sizes().empty());
+}
+
+TEST(Record, NeverThrowsForMalformedBytesEvenWithoutMemory) {
+  const IdentObj malformed =
+      BufferOf(Bytes{0x04, 0x84, 0xFF, 0xFF, 0xFF, 0xFF} + Counted(1000));
+  CASNTBaseRecord record;
+  HeapWatch watch(1);
+  EXPECT_NO_THROW(record.SetEncodedEntry(malformed));
+}
+
+TEST(Record, IsEncodedInDer) {
+  EXPECT_EQ(Encode(4, {}), (Bytes{0x04, 0x00}));
+  EXPECT_EQ(Encode(4, {1, 2}), (Bytes{0x04, 0x02, 1, 2}));
+}
+
+TEST(Record, IsEncodedWithTheShortestLength) {
+  EXPECT_EQ(Encode(4, Counted(127)), (Bytes{0x04, 0x7F} + Counted(127)));
+  EXPECT_EQ(Encode(4, Counted(128)), (Bytes{0x04, 0x81, 0x80} + Counted(128)));
+  EXPECT_EQ(Encode(4, Counted(255)), (Bytes{0x04, 0x81, 0xFF} + Counted(255)));
+  EXPECT_EQ(Encode(4, Counted(256)),
+            (Bytes{0x04, 0x82, 0x01, 0x00} + Counted(256)));
+  EXPECT_EQ(Encode(4, Counted(65535)),
+            (Bytes{0x04, 0x82, 0xFF, 0xFF} + Counted(65535)));
+  EXPECT_EQ(Encode(4, Counted(65536)),
+            (Bytes{0x04, 0x83, 0x01, 0x00, 0x00} + Counted(65536)));
+  EXPECT_EQ(Encode(4, Counted(0x1020304)),
+            (Bytes{0x04, 0x84, 0x01, 0x02, 0x03, 0x04} + Counted(0x1020304)));
+}
+
+TEST(Record, IsEncodedWithItsClassAndTheShortestNumber) {
+  EXPECT_EQ(Encode(30, {}), (Bytes{0x1E, 0x00}));
+  EXPECT_EQ(Encode(31, {}), (Bytes{0x1F, 0x1F, 0x00}));
+  EXPECT_EQ(Encode(127, {}), (Bytes{0x1F, 0x7F, 0x00}));
+  EXPECT_EQ(Encode(128, {}), (Bytes{0x1F, 0x81, 0x00, 0x00}));
+  EXPECT_EQ(Encode(0x40000004, {}), (Bytes{0x44, 0x00}));
+  EXPECT_EQ(Encode(0x80000000, {}), (Bytes{0x80, 0x00}));
+  EXPECT_EQ(Encode(0xC0008184, {}), (Bytes{0xDF, 0x82, 0x83, 0x04, 0x00}));
+  EXPECT_EQ(Encode(0xFFFFFFFF, {}),
+            (Bytes{0xDF, 0x83, 0xFF, 0xFF, 0xFF, 0x7F, 0x00}));
+}
+
+TEST(Record, GivesBackTheTagThatItWasGiven) {
+  CASNTBaseRecord record;
+  record.SetTag(4);
+  EXPECT_EQ(record.GetTag(), 4u);
+  EXPECT_FALSE(record.GetIsConstraction());
+}
+
+TEST(Record, BecomesPrimitiveWithATagAndKeepsItsContent) {
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
+  record.SetTag(4);
+  EXPECT_EQ(ReadingOf(record, true),
+            (Reading{true, 4, false, 2, kAsn1Ok, {0x05, 0x00}}));
+}
+
+TEST(Record, KeepsTagAndConstructedBitWithANewContent) {
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
+  record.SetEntry("\x02\x01\x07", 3);
+  int status = 0;
+  EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)),
+            (Bytes{0x30, 0x03, 0x02, 0x01, 0x07}));
+  EXPECT_EQ(status, kAsn1Ok);
+}
+
+TEST(Record, TakesTagAndContentInAnyOrder) {
+  CASNTBaseRecord record;
+  record.SetEntry("\x07", 1);
+  record.SetTag(4);
+  int status = 0;
+  EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)), (Bytes{0x04, 0x01, 7}));
+  EXPECT_EQ(status, kAsn1Ok);
+}
+
+TEST(Record, IsWholeAgainWhenAMissingContentIsSet) {
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(BufferOf({0x04, 0x05, 1}));
+  record.SetEntry("\x07", 1);
+  EXPECT_EQ(ReadingOf(record, true),
+            (Reading{true, 4, false, 1, kAsn1Ok, {7}}));
+}
+
+TEST(Record, MayTakeItsOwnContentAnew) {
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(
+      BufferOf(Bytes{0x04, 0x82, 0x02, 0x58} + Counted(600)));
+  int status = 0;
+  const IdentObj& content = record.GetRecord(&status);
+  record.SetEntry(content.data + 1, 599);
+  EXPECT_EQ(BytesOf(record.GetRecord(&status)), Bytes(BytesOf(content)));
+  EXPECT_EQ(content.length, 599u);
+  EXPECT_EQ(content.data[0], 2);
+}
+
+TEST(Record, HasNoEncodingWithoutATag) {
+  CASNTBaseRecord record;
+  record.SetEntry("\x07", 1);
+  int status = 0;
+  EXPECT_EQ(record.GetEncodedRecord(&status).length, 0u);
+  EXPECT_EQ(status, kAsn1NoRecord);
+}
+
+TEST(Record, HasNoEncodingWithoutItsContent) {
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(BufferOf({0x04, 0x05, 1}));
+  int status = 0;
+  EXPECT_EQ(record.GetEncodedRecord(&status).length, 0u);
+  EXPECT_EQ(status, kAsn1ContentMissing);
+}
+
+TEST(Record, GivesNoStaleEncodingWhenThereIsNone) {
+  CASNTBaseRecord record;
+  record.SetTag(4);
+  int status = 0;
+  EXPECT_EQ(record.GetEncodedRecord(&status).length, 2u);
+  record.SetTag(0);
+  EXPECT_EQ(record.GetEncodedRecord(&status).length, 0u);
+  EXPECT_EQ(status, kAsn1NoRecord);
+}
+
+TEST(Record, IsEncodedAnewAfterEveryChange) {
+  CASNTBaseRecord record;
+  record.SetTag(4);
+  int status = 0;
+  EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)), (Bytes{0x04, 0x00}));
+  const Bytes content = Counted(600);
+  record.SetEntry(content.data(), 600);
+  EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)),
+            (Bytes{0x04, 0x82, 0x02, 0x58} + content));
+  record.SetEntry(nullptr, 0);
+  EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)), (Bytes{0x04, 0x00}));
+}
+
+TEST(Record, KeepsItsContentWhenThereIsNoMemoryForAnother) {
+  const Bytes content = Counted(600);
+  CASNTBaseRecord record;
+  record.SetTag(4);
+  record.SetEntry("\x07", 1);
+  {
+    HeapWatch watch(1);
+    EXPECT_THROW(record.SetEntry(content.data(), 600), std::bad_alloc);
+  }
+  EXPECT_EQ(ReadingOf(record, true),
+            (Reading{true, 4, false, 1, kAsn1Ok, {7}}));
+}
+
+TEST(Record, ThrowsWhenThereIsNoMemoryForItsEncodingAndCanBeAskedAgain) {
+  const Bytes content = Counted(600);
+  CASNTBaseRecord record;
+  record.SetTag(4);
+  record.SetEntry(content.data(), 600);
+  int status = 0;
+  {
+    HeapWatch watch(1);
+    EXPECT_THROW(record.GetEncodedRecord(&status), std::bad_alloc);
+  }
+  EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)),
+            (Bytes{0x04, 0x82, 0x02, 0x58} + content));
+}
+
+TEST(Record, HasNoEncodingWhereItWouldTakeFourGibibytes) {
+  CASNTBaseRecord record;
+  int status = 0;
+  // With its six header bytes this one takes 0xFFFFFFFF bytes.
+  record.SetEncodedEntry(BufferOf({0x04, 0x84, 0xFF, 0xFF, 0xFF, 0xF9}));
+  EXPECT_EQ(record.GetEncodedRecord(&status).length, 0u);
+  EXPECT_EQ(status, kAsn1ContentMissing);
+  record.SetEncodedEntry(BufferOf({0x04, 0x84, 0xFF, 0xFF, 0xFF, 0xFA}));
+  EXPECT_EQ(record.GetEncodedRecord(&status).length, 0u);
+  EXPECT_EQ(status, kAsn1TooLong);
+  record.SetTag(0);
+  record.GetEncodedRecord(&status);
+  EXPECT_EQ(status, kAsn1NoRecord);
+}
+
+}  // namespace

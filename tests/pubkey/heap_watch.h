@@ -1,0 +1,45 @@
+#ifndef KORVAN_TESTS_PUBKEY_HEAP_WATCH_H_
+#define KORVAN_TESTS_PUBKEY_HEAP_WATCH_H_
+
+#include <cstddef>
+#include <vector>
+
+namespace korvan::test {
+
+// Sees what the libraries, called from this thread, ask of the heap and give
+// back to it, and can make a request fail, from when the watch is made until
+// it is stopped or destroyed. The tests' own requests are not seen.
+//
+// The entries for the heap's functions in the libraries' tables of imported
+// functions are led here when the first watch is made. A replaced `malloc`
+// would be seen by everything in the process, and would keep a sanitizer's or
+// valgrind's from doing its work.
+class HeapWatch {
+ public:
+  // The `fail_at`th request, counted from 1, fails; 0 lets all succeed.
+  explicit HeapWatch(int fail_at = 0);
+  HeapWatch(const HeapWatch&) = delete;
+  HeapWatch& operator=(const HeapWatch&) = delete;
+  ~HeapWatch();
+
+  void Stop();
+
+  // What was seen, of the first 64 calls; to be asked after Stop.
+  std::vector<std::size_t> sizes() const;  // asked for, granted or not
+  std::vector<void*> freed() const;        // given back, null included
+
+ private:
+  friend bool Grant(std::size_t size);
+  friend void NoteFreed(void* memory);
+
+  static constexpr int kMost = 64;
+  int fail_at_;
+  int requests_ = 0;
+  int frees_ = 0;
+  std::size_t sizes_[kMost];
+  void* freed_[kMost];
+};
+
+}  // namespace korvan::test
+
+#endif  // KORVAN_TESTS_PUBKEY_HEAP_WATCH_H_
