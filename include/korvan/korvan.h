@@ -7,6 +7,7 @@
 #include <korvan/cryptoapi.h>
 #include <korvan/export.h>
 #include <korvan/oid_info.h>
+#include <korvan/public_key.h>
 #include <korvan/string_resources.h>
 
 #endif  // KORVAN_KORVAN_H_

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "pubkey/guarded_bytes.h"
+#include "pubkey/guarded_room.h"
 #include "pubkey/heap_watch.h"
 
 namespace {
 
-using korvan::test::GuardedBytes;
+using korvan::test::GuardedRoom;
 using korvan::test::HeapWatch;
 using Bytes = std::vector<unsigned char>;
 
@@ -60,9 +60,11 @@ TEST(IdentObj, HoldsACopyOfTheBytesOfAnyLength) {
 }
 
 TEST(IdentObj, ReadsNoByteThatItWasNotGiven) {
+  GuardedRoom room(5000);
   for (const std::size_t count : {0u, 1u, 64u, 528u, 529u, 5000u}) {
-    const GuardedBytes bytes(Counted(count));
-    EXPECT_EQ(BytesOf(IdentObj(bytes.data(), bytes.size())), Counted(count));
+    const unsigned char* const bytes = room.Place(Counted(count));
+    EXPECT_EQ(BytesOf(IdentObj(bytes, static_cast<unsigned int>(count))),
+              Counted(count));
   }
 }
 
@@ -319,13 +321,13 @@ TEST(Record, KeepsTagAndLengthWhenTheContentIsMissing) {
 
 TEST(Record, ReadsNoByteThatItWasNotGiven) {
   const Bytes longest = {0xBF, 0x81, 0x82, 0x03, 0x84, 0, 0, 0, 4, 1, 2, 3, 4};
+  GuardedRoom room(longest.size());
   for (std::size_t count = 0; count <= longest.size(); ++count) {
-    const GuardedBytes bytes({longest.data(), count});
     // A buffer is read where it stands, so that the page behind it guards.
     IdentObj encoded;
     unsigned char* const own = encoded.data;
-    encoded.data = bytes.data();
-    encoded.length = bytes.size();
+    encoded.data = room.Place({longest.data(), count});
+    encoded.length = static_cast<unsigned int>(count);
     CASNTBaseRecord record;
     EXPECT_EQ(record.SetEncodedEntry(encoded), count == longest.size());
     encoded.data = own;
