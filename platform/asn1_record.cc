@@ -1,12 +1,8 @@
 #include <korvan/platform/asn1_record.h>
 
-#include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <limits>
-#include <optional>
 #include <span>
 
 namespace {
@@ -24,119 +20,110 @@ constexpr unsigned int kLongLength = 0x80;
 constexpr int kClassShift = 24;
 constexpr unsigned int kNumberBits = 0x3FFFFFFF;
 
-std::optional<unsigned int> TakeOctet(Bytes& rest) {
+// The functions that take something from the front of `rest` return false where
+// it is not there or not well-formed. Plain results, for an optional would go
+// through memory and cost more than the rest of the reading.
+
+bool TakeOctet(Bytes& rest, unsigned int& octet) {
   if (rest.empty()) {
-    return std::nullopt;
+    return false;
   }
-  const unsigned int octet = rest.front();
+  octet = rest.front();
   rest = rest.subspan(1);
-  return octet;
+  return true;
 }
 
-// What stands before a record's content.
-struct Header {
-  unsigned int tag;
-  bool constructed;
-  unsigned int size;
-};
-
-std::optional<unsigned int> TakeLongNumber(Bytes& rest) {
-  unsigned int number = 0;
-  std::optional<unsigned int> octet;
+bool TakeLongNumber(Bytes& rest, unsigned int& number) {
+  unsigned int octet = 0;
+  number = 0;
   do {
-    octet = TakeOctet(rest);
-    if (!octet || number > kNumberBits >> 7) {
-      return std::nullopt;
+    if (!TakeOctet(rest, octet) || number > kNumberBits >> 7) {
+      return false;
     }
-    number = number << 7 | (*octet & ~kMoreFollows);
+    number = number << 7 | (octet & ~kMoreFollows);
     if (number == 0) {
-      return std::nullopt;
+      return false;
     }
-  } while ((*octet & kMoreFollows) != 0);
-  return number < kLongNumber ? std::nullopt : std::optional(number);
+  } while ((octet & kMoreFollows) != 0);
+  return number >= kLongNumber;
 }
 
-std::optional<unsigned int> TakeSize(Bytes& rest) {
-  const auto first = TakeOctet(rest);
-  if (!first || *first < kLongLength) {
-    return first;
+bool TakeSize(Bytes& rest, unsigned int& size) {
+  if (!TakeOctet(rest, size)) {
+    return false;
   }
-  const unsigned int count = *first & ~kLongLength;
-  if (count == 0 || count > sizeof(unsigned int) || count > rest.size()) {
-    return std::nullopt;
+  if (size < kLongLength) {
+    return true;
   }
-  unsigned int size = 0;
+  const unsigned int count = size & ~kLongLength;
+  if (count == 0 || count > sizeof(size) || count > rest.size()) {
+    return false;
+  }
+  size = 0;
   for (const unsigned int octet : rest.first(count)) {
     size = size << 8 | octet;
   }
   rest = rest.subspan(count);
-  return size;
+  return true;
 }
 
-std::optional<Header> TakeHeader(Bytes& rest) {
-  const auto identifier = TakeOctet(rest);
-  if (!identifier) {
-    return std::nullopt;
-  }
-  auto number = std::optional(*identifier & kLongNumber);
-  if (number == kLongNumber) {
-    number = TakeLongNumber(rest);
-  }
-  if (!number) {
-    return std::nullopt;
-  }
-  const unsigned int tag = (*identifier & kClassBits) << kClassShift | *number;
-  const auto size = TakeSize(rest);
-  if (tag == 0 || !size) {
-    return std::nullopt;
-  }
-  return Header{tag, (*identifier & kConstructedBit) != 0, *size};
-}
-
-int BitWidth(unsigned int number) {
-  return static_cast<int>(std::bit_width(number));
-}
-
-// The octets of a header in their shortest form.
-class EncodedHeader {
- public:
-  explicit EncodedHeader(const Header& header) {
-    const unsigned int number = header.tag & kNumberBits;
-    const unsigned int identifier = (header.tag >> kClassShift & kClassBits) |
-                                    (header.constructed ? kConstructedBit : 0);
-    if (number < kLongNumber) {
-      Put(identifier | number);
-    } else {
-      Put(identifier | kLongNumber);
-      for (int shift = (BitWidth(number) - 1) / 7 * 7; shift > 0; shift -= 7) {
-        Put(kMoreFollows | number >> shift);
-      }
-      Put(number & ~kMoreFollows);
-    }
-    if (header.size < kLongLength) {
-      Put(header.size);
-    } else {
-      const int count = (BitWidth(header.size) + 7) / 8;
-      Put(kLongLength | static_cast<unsigned int>(count));
-      for (int shift = (count - 1) * 8; shift >= 0; shift -= 8) {
-        Put(header.size >> shift);
-      }
-    }
-  }
-
-  Bytes octets() const { return Bytes(octets_, count_); }
-
- private:
-  void Put(unsigned int octet) {
-    octets_[count_++] = static_cast<unsigned char>(octet);
-  }
-
-  // One octet and five of a 30-bit number, one and four of a 32-bit length.
-  unsigned char octets_[11];
-  std::size_t count_ = 0;
+// What stands before a record's content; tag 0 is no header.
+struct Header {
+  unsigned int tag = 0;
+  unsigned int size = 0;
+  bool constructed = false;
 };
 
-// memmove and memcpy want pointers even for no bytes.
+Header TakeHeader(Bytes& rest) {
+  unsigned int identifier = 0;
+  if (!TakeOctet(rest, identifier)) {
+    return {};
+  }
+  unsigned int number = identifier & kLongNumber;
+  if (number == kLongNumber && !TakeLongNumber(rest, number)) {
+    return {};
+  }
+  const unsigned int tag = (identifier & kClassBits) << kClassShift | number;
+  unsigned int size = 0;
+  if (tag == 0 || !TakeSize(rest, size)) {
+    return {};
+  }
+  return {tag, size, (identifier & kConstructedBit) != 0};
+}
+
+// Writes a header in its shortest form before `end`, and returns where it
+// begins: at most one octet and five of a 30-bit number, one and four of a
+// 32-bit length before.
+unsigned char* PutHeader(const Header& header, unsigned char* end) {
+  const auto put = [&](unsigned int octet) {
+    *--end = static_cast<unsigned char>(octet);
+  };
+  if (header.size < kLongLength) {
+    put(header.size);
+  } else {
+    unsigned int count = 0;
+    for (unsigned int rest = header.size; rest != 0; rest >>= 8) {
+      put(rest);
+      ++count;
+    }
+    put(kLongLength | count);
+  }
+  const unsigned int number = header.tag & kNumberBits;
+  const unsigned int identifier = (header.tag >> kClassShift & kClassBits) |
+                                  (header.constructed ? kConstructedBit : 0);
+  if (number < kLongNumber) {
+    put(identifier | number);
+  } else {
+    put(number & ~kMoreFollows);
+    for (unsigned int rest = number >> 7; rest != 0; rest >>= 7) {
+      put(rest | kMoreFollows);
+    }
+    put(identifier | kLongNumber);
+  }
+  return end;
+}
+
+// memmove wants pointers even for no bytes.
 void Copy(unsigned char* to, const void* from, unsigned int count) {
   if (count != 0) {
     std::memmove(to, from, count);
@@ -145,11 +132,11 @@ void Copy(unsigned char* to, const void* from, unsigned int count) {
 
 }  // namespace
 
-IdentObj::IdentObj() noexcept : length(0), data(room_) {}
+IdentObj::IdentObj() noexcept
+    : length(0), data(room_ + kHeaderRoom), heap_(nullptr) {}
 
-IdentObj::IdentObj(const void* bytes, unsigned int count)
-    : length(count), data(FindRoom(count)) {
-  Copy(data, bytes, count);
+IdentObj::IdentObj(const void* bytes, unsigned int count) : IdentObj() {
+  Assign(bytes, count);
 }
 
 IdentObj::IdentObj(const IdentObj& other)
@@ -161,25 +148,20 @@ IdentObj& IdentObj::operator=(const IdentObj& other) {
   return *this;
 }
 
-IdentObj::~IdentObj() { Hold(room_, 0); }
-
-unsigned char* IdentObj::FindRoom(unsigned int count) {
-  return count <= sizeof(room_) ? room_ : new unsigned char[count];
-}
-
-void IdentObj::Hold(unsigned char* room, unsigned int count) noexcept {
-  if (data != room_) {
-    delete[] data;
-  }
-  data = room;
-  length = count;
-}
+IdentObj::~IdentObj() { delete[] heap_; }
 
 void IdentObj::Assign(const void* bytes, unsigned int count) {
   // The bytes may be this buffer's own: they go only when they are copied.
-  unsigned char* const room = FindRoom(count);
-  Copy(room, bytes, count);
-  Hold(room, count);
+  unsigned char* const heap =
+      count <= sizeof(room_) - kHeaderRoom
+          ? nullptr
+          : new unsigned char[std::size_t{kHeaderRoom} + count];
+  unsigned char* const place = (heap == nullptr ? room_ : heap) + kHeaderRoom;
+  Copy(place, bytes, count);
+  delete[] heap_;
+  heap_ = heap;
+  data = place;
+  length = count;
 }
 
 CASNTBaseRecord::CASNTBaseRecord() noexcept
@@ -189,7 +171,7 @@ CASNTBaseRecord::~CASNTBaseRecord() = default;
 
 bool CASNTBaseRecord::SetEncodedEntry(const IdentObj& encoded) {
   Bytes rest(encoded.data, encoded.length);
-  const Header header = TakeHeader(rest).value_or(Header{});
+  const Header header = TakeHeader(rest);
   const bool whole = header.tag != 0 && header.size <= rest.size();
   content_.Assign(rest.data(), whole ? header.size : 0);
   tag_ = header.tag;
@@ -223,23 +205,19 @@ void CASNTBaseRecord::SetEntry(const void* bytes, unsigned int count) {
   size_ = count;
 }
 
-const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const {
-  const EncodedHeader header({tag_, constructed_, size_});
-  const Bytes octets = header.octets();
-  const std::uint64_t total = octets.size() + std::uint64_t{size_};
+const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const noexcept {
+  encoding_.data = PutHeader({tag_, size_, constructed_}, content_.data);
+  const std::uint64_t total =
+      static_cast<std::uint64_t>(content_.data - encoding_.data) + size_;
+  encoding_.length = static_cast<unsigned int>(total);
   Asn1Status found = Status();
-  if (tag_ != 0 && total > std::numeric_limits<unsigned int>::max()) {
+  if (found != kAsn1NoRecord && total != encoding_.length) {
     found = kAsn1TooLong;
   }
   if (found != kAsn1Ok) {
     *status = found;
-    encoding_.Hold(encoding_.room_, 0);
-    return encoding_;
+    encoding_.length = 0;
   }
-  const auto count = static_cast<unsigned int>(total);
-  encoding_.Hold(encoding_.FindRoom(count), count);
-  std::ranges::copy(octets, encoding_.data);
-  Copy(encoding_.data + octets.size(), content_.data, size_);
   return encoding_;
 }
 

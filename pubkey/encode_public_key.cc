@@ -2,7 +2,6 @@
 #include <korvan/public_key.h>
 
 #include <cstring>
-#include <optional>
 
 #include "pubkey/handed_out.h"
 #include "pubkey/key_blob.h"
@@ -44,13 +43,12 @@ int KRVEncodePublicKeyAndParametrs(
   const unsigned char* const parameters = pbBlob + sizeof(header);
   const unsigned char* encoded = parameters + parameters_size;
   unsigned int encoded_size = key_size;
-  std::optional<CASNTBaseRecord> record;
+  CASNTBaseRecord record;
   if (header.head.aiKeyAlg != kBareKeyAlgorithm) {
-    record.emplace();
-    record->SetTag(pubkey::kOctetString);
-    record->SetEntry(encoded, key_size);
+    record.SetTag(pubkey::kOctetString);
+    record.SetEntry(encoded, key_size);
     int status = 0;
-    const IdentObj& encoding = record->GetEncodedRecord(&status);
+    const IdentObj& encoding = record.GetEncodedRecord(&status);
     if (status != 0) {
       return pubkey::Fail(DIGSIG_E_ENCODE);
     }

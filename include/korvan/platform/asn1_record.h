@@ -49,13 +49,15 @@ class KORVAN_API IdentObj {
  private:
   friend class CASNTBaseRecord;
 
-  // Room for `count` bytes beside what the buffer holds on the heap.
-  unsigned char* FindRoom(unsigned int count);
-  // Lets go of what the buffer holds and takes `count` bytes at `room`.
-  void Hold(unsigned char* room, unsigned int count) noexcept;
+  // The most bytes that stand in a record before its content. Every buffer
+  // leaves them free before its own bytes, so that a record's encoding is made
+  // where its content stands.
+  static constexpr unsigned int kHeaderRoom = 16;
+
   void Assign(const void* bytes, unsigned int count);
 
-  unsigned char room_[528];
+  unsigned char* heap_;  // where the bytes stand if not in `room_`, or null
+  unsigned char room_[kHeaderRoom + 528];
 };
 
 /// Why a record has no content or no encoding to give; 0 where it has.
@@ -160,9 +162,9 @@ class KORVAN_API CASNTBaseRecord {
   /// @param status  receives why there is no encoding, a value of
   ///                `Asn1Status`; left alone when there is. Must not be null.
   /// @return the encoding, empty where `status` was set. It is the record's
-  ///         and holds until the record is asked for it again or destroyed.
-  /// @throws std::bad_alloc when there is no memory for it.
-  const IdentObj& GetEncodedRecord(int* status) const;
+  ///         and holds until the record is changed, asked for it again or
+  ///         destroyed.
+  const IdentObj& GetEncodedRecord(int* status) const noexcept;
 
  private:
   Asn1Status Status() const noexcept;
@@ -171,7 +173,7 @@ class KORVAN_API CASNTBaseRecord {
   unsigned int size_;
   bool constructed_;
   IdentObj content_;
-  mutable IdentObj encoding_;
+  mutable IdentObj encoding_;  // bytes of `content_` and those before them
 };
 
 #endif  // KORVAN_PLATFORM_ASN1_RECORD_H_
