@@ -2,6 +2,7 @@
 #include <korvan/public_key.h>
 
 #include <cstring>
+#include <span>
 
 #include "pubkey/handed_out.h"
 #include "pubkey/key_blob.h"
@@ -11,6 +12,29 @@ namespace {
 
 // The provider's own GOST R 34.10-94, whose certificates carry the bare key.
 constexpr ALG_ID kBareKeyAlgorithm = 0x2E29;
+
+using Bytes = std::span<const unsigned char>;
+
+// Where the caller wants what; the buffers' pointers may be null.
+struct Outputs {
+  unsigned char** key;
+  unsigned int* key_size;
+  unsigned char** parameters;
+  unsigned int* parameters_size;
+};
+
+int HandOut(const Outputs& outputs, Bytes key, Bytes parameters) {
+  *outputs.key_size = static_cast<unsigned int>(key.size());
+  *outputs.parameters_size = static_cast<unsigned int>(parameters.size());
+  if (outputs.key != nullptr && !pubkey::HandOutCopy(*outputs.key, key)) {
+    return 0;
+  }
+  if (outputs.parameters != nullptr && !parameters.empty() &&
+      !pubkey::HandOutCopy(*outputs.parameters, parameters)) {
+    return 0;
+  }
+  return 1;
+}
 
 }  // namespace
 
@@ -40,37 +64,22 @@ int KRVEncodePublicKeyAndParametrs(
     return pubkey::Fail(NTE_BAD_KEY);
   }
 
-  const unsigned char* const parameters = pbBlob + sizeof(header);
-  const unsigned char* encoded = parameters + parameters_size;
-  unsigned int encoded_size = key_size;
+  const Outputs outputs = {ppbKey, pcbKey, ppbParams, pcbParams};
+  const Bytes parameters(pbBlob + sizeof(header), parameters_size);
+  const Bytes key(parameters.data() + parameters.size(), key_size);
+  if (header.head.aiKeyAlg == kBareKeyAlgorithm) {
+    return HandOut(outputs, key, parameters);
+  }
   CASNTBaseRecord record;
-  if (header.head.aiKeyAlg != kBareKeyAlgorithm) {
-    record.SetTag(pubkey::kOctetString);
-    record.SetEntry(encoded, key_size);
-    int status = 0;
-    const IdentObj& encoding = record.GetEncodedRecord(&status);
-    if (status != 0) {
-      return pubkey::Fail(DIGSIG_E_ENCODE);
-    }
-    encoded = encoding.data;
-    encoded_size = encoding.length;
+  record.SetTag(pubkey::kOctetString);
+  record.SetEntry(key.data(), key_size);
+  int status = 0;
+  const IdentObj& encoding = record.GetEncodedRecord(&status);
+  if (status != 0) {
+    return pubkey::Fail(DIGSIG_E_ENCODE);
   }
-  *pcbKey = encoded_size;
-  *pcbParams = parameters_size;
-
-  if (ppbKey != nullptr) {
-    if (!pubkey::HandOut(*ppbKey, encoded_size)) {
-      return 0;
-    }
-    pubkey::Append(*ppbKey, encoded, encoded_size);
-  }
-  if (ppbParams != nullptr && parameters_size != 0) {
-    if (!pubkey::HandOut(*ppbParams, parameters_size)) {
-      return 0;
-    }
-    pubkey::Append(*ppbParams, parameters, parameters_size);
-  }
-  return 1;
+  const auto* const encoded = static_cast<const unsigned char*>(encoding.data);
+  return HandOut(outputs, Bytes(encoded, encoding.length), parameters);
 }
 
 }  // namespace korvan

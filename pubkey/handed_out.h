@@ -6,8 +6,10 @@
 #include <korvan/cryptoapi.h>
 #include <korvan/platform/last_error.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 
 namespace korvan::pubkey {
 
@@ -37,6 +39,16 @@ inline unsigned char* Append(unsigned char* to, const void* bytes,
     std::memcpy(to, bytes, count);
   }
   return to + count;
+}
+
+// Stores a copy of `bytes` at `buffer`, as `HandOut` does.
+inline bool HandOutCopy(unsigned char*& buffer,
+                        std::span<const unsigned char> bytes) {
+  if (!HandOut(buffer, bytes.size())) {
+    return false;
+  }
+  Append(buffer, bytes.data(), static_cast<unsigned int>(bytes.size()));
+  return true;
 }
 
 // Reports why a call fails, and gives what it then returns.

@@ -90,7 +90,8 @@ const Import kHeap[] = {
     {"_ZdlPvm", Address(DeleteSized)}, {"_ZdaPvm", Address(DeleteArraySized)},
 };
 
-// Leads an entry of a table that the loader has made read-only elsewhere.
+// Leads an entry of a table, which the loader may have made read-only,
+// elsewhere. Its page stays writable: other data may share it.
 void Lead(ElfW(Addr) entry, void* stand_in) {
   const auto page = static_cast<ElfW(Addr)>(sysconf(_SC_PAGESIZE));
   void* const start = reinterpret_cast<void*>(entry / page * page);
@@ -99,7 +100,6 @@ void Lead(ElfW(Addr) entry, void* stand_in) {
     std::abort();
   }
   *reinterpret_cast<void**>(entry) = stand_in;
-  mprotect(start, page, PROT_READ);
 }
 
 int LeadHeapOf(dl_phdr_info* object, std::size_t /*size*/, void* led) {

@@ -1,0 +1,198 @@
+// A second implementation of the platform, unlike the bundled one: buffers
+// always on the heap, records behind a pointer, reading from the back of the
+// header, errors by exception if so told.
+#include <korvan/platform/asn1_record.h>
+#include <korvan/platform/last_error.h>
+#include <pthread.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+// One code for each thread, kept as the C library keeps such things.
+pthread_key_t ErrorKey() {
+  static const pthread_key_t key = [] {
+    pthread_key_t made;
+    pthread_key_create(&made, nullptr);
+    return made;
+  }();
+  return key;
+}
+
+// Every call of the record classes begins here.
+void Call() {
+  if (++host_faults.calls == host_faults.throw_at_call) {
+    throw std::string("the host was told to throw");
+  }
+}
+
+}  // namespace
+
+HostFaults host_faults;
+
+void SetLastError(unsigned int code) {
+  pthread_setspecific(ErrorKey(),
+                      reinterpret_cast<void*>(std::uintptr_t{code}));
+}
+
+unsigned int GetLastError() {
+  return static_cast<unsigned int>(
+      reinterpret_cast<std::uintptr_t>(pthread_getspecific(ErrorKey())));
+}
+
+IdentObj::IdentObj() : data(nullptr), length(0) {
+  Call();
+  ++host_faults.alive;
+}
+
+IdentObj::IdentObj(const void* bytes, unsigned int count)
+    : data(nullptr), length(count) {
+  Call();
+  if (count != 0) {
+    data = std::memcpy(new unsigned char[count], bytes, count);
+  }
+  ++host_faults.alive;
+}
+
+IdentObj& IdentObj::operator=(const IdentObj& other) {
+  Call();
+  void* copy = nullptr;
+  if (other.length != 0) {
+    copy =
+        std::memcpy(new unsigned char[other.length], other.data, other.length);
+  }
+  delete[] static_cast<const unsigned char*>(data);
+  data = copy;
+  length = other.length;
+  return *this;
+}
+
+IdentObj::~IdentObj() {
+  delete[] static_cast<const unsigned char*>(data);
+  --host_faults.alive;
+}
+
+struct CASNTBaseRecord::State {
+  unsigned char identifier = 0;
+  unsigned int tag = 0xFFFFFFFF;
+  unsigned int size = 0;
+  int status = 1;
+  IdentObj content;
+  IdentObj encoding;
+};
+
+CASNTBaseRecord::CASNTBaseRecord() : state_(nullptr) {
+  Call();
+  state_ = new State;
+  ++host_faults.alive;
+}
+
+CASNTBaseRecord::~CASNTBaseRecord() {
+  delete state_;
+  --host_faults.alive;
+}
+
+void CASNTBaseRecord::SetEncodedEntry(const IdentObj& encoded) {
+  Call();
+  const auto* const bytes = static_cast<const unsigned char*>(encoded.data);
+  const std::uint64_t count = encoded.length;
+  const auto malformed = [&] {
+    if (host_faults.throw_for_malformed) {
+      throw std::string("no record");
+    }
+  };
+  // This host knows no tag of several bytes, and numbers only universal ones.
+  if (count < 2 || (bytes[0] & 0x1F) == 0x1F) {
+    return malformed();
+  }
+  std::uint64_t header = 2;
+  std::uint64_t size = bytes[1];
+  if (size >= 0x80) {
+    const std::uint64_t octets = size - 0x80;
+    header += octets;
+    if (octets == 0 || octets > 4 || header > count) {
+      return malformed();
+    }
+    size = 0;
+    std::uint64_t weight = 1;
+    for (std::uint64_t at = header; at > 2; weight *= 256) {
+      size += bytes[--at] * weight;
+    }
+  }
+  if (header + size > count) {
+    state_->tag = bytes[0] < 0x40 ? bytes[0] & 0x1Fu : 0x1000u;
+    state_->size = static_cast<unsigned int>(size);
+    return malformed();
+  }
+  state_->content = IdentObj(bytes + header, static_cast<unsigned int>(size));
+  state_->identifier = bytes[0];
+  state_->tag = bytes[0] < 0x40 ? bytes[0] & 0x1Fu : 0x1000u;
+  state_->size = static_cast<unsigned int>(size);
+  state_->status = 0;
+}
+
+unsigned int CASNTBaseRecord::GetTag() const {
+  Call();
+  return state_->tag;
+}
+
+unsigned int CASNTBaseRecord::GetEntrySize() const {
+  Call();
+  return state_->size;
+}
+
+bool CASNTBaseRecord::GetIsConstraction() const {
+  Call();
+  return (state_->identifier & 0x20) != 0;
+}
+
+const IdentObj& CASNTBaseRecord::GetRecord(int* status) const {
+  Call();
+  if (host_faults.content_status != 0 || state_->status != 0) {
+    *status = host_faults.content_status + state_->status;
+  }
+  if (host_faults.short_content && state_->content.length != 0) {
+    state_->content = IdentObj(state_->content.data, state_->size - 1);
+  }
+  return state_->content;
+}
+
+void CASNTBaseRecord::SetTag(unsigned int tag) {
+  Call();
+  state_->identifier = static_cast<unsigned char>(tag);
+}
+
+void CASNTBaseRecord::SetEntry(const void* bytes, unsigned int count) {
+  Call();
+  state_->content = IdentObj(bytes, count);
+}
+
+const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const {
+  Call();
+  if (host_faults.encoding_status != 0) {
+    *status = host_faults.encoding_status;
+    return state_->encoding;
+  }
+  std::vector<unsigned char> encoding;
+  const unsigned int size = state_->content.length;
+  encoding.push_back(state_->identifier);
+  if (size < 0x80) {
+    encoding.push_back(static_cast<unsigned char>(size));
+  } else {
+    std::vector<unsigned char> octets;
+    for (unsigned int rest = size; rest != 0; rest /= 256) {
+      octets.insert(octets.begin(), static_cast<unsigned char>(rest));
+    }
+    encoding.push_back(static_cast<unsigned char>(0x80 + octets.size()));
+    encoding.insert(encoding.end(), octets.begin(), octets.end());
+  }
+  const auto* const content =
+      static_cast<const unsigned char*>(state_->content.data);
+  encoding.insert(encoding.end(), content, content + size);
+  state_->encoding =
+      IdentObj(encoding.data(), static_cast<unsigned int>(encoding.size()));
+  return state_->encoding;
+}
