@@ -305,8 +305,11 @@ void PrintField(const Bytes& blob, std::size_t from, std::size_t count,
 }
 
 unsigned int NumberAt(const Bytes& blob, std::size_t at) {
-  return blob[at] | blob[at + 1] << 8 | blob[at + 2] << 16 |
-         static_cast<unsigned int>(blob[at + 3]) << 24;
+  unsigned int number = 0;
+  for (std::size_t i = 4; i > 0; --i) {
+    number = number << 8 | blob[at + i - 1];
+  }
+  return number;
 }
 
 std::string Hex(unsigned int number) {

@@ -76,8 +76,11 @@ inline Encoded ModelEncode(const Bytes& blob) {
     return call;
   }
   const auto word_at = [&](std::size_t at) {
-    return blob[at] | blob[at + 1] << 8 | blob[at + 2] << 16 |
-           static_cast<std::uint64_t>(blob[at + 3]) << 24;
+    std::size_t word = 0;
+    for (std::size_t i = 4; i > 0; --i) {
+      word = word * 256 + blob[at + i - 1];
+    }
+    return word;
   };
   if (blob.size() < 16 || word_at(12) / 8 > blob.size() - 16) {
     call.error = NTE_BAD_KEY;
