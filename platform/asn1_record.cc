@@ -211,7 +211,7 @@ const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const noexcept {
       static_cast<std::uint64_t>(content_.data - encoding_.data) + size_;
   encoding_.length = static_cast<unsigned int>(total);
   Asn1Status found = Status();
-  if (found != kAsn1NoRecord && total != encoding_.length) {
+  if (tag_ != 0 && total != encoding_.length) {
     found = kAsn1TooLong;
   }
   if (found != kAsn1Ok) {

@@ -271,6 +271,7 @@ TEST(Record, IsBlankForATruncatedIdentifier) {
 
 TEST(Record, IsBlankForATagNumberThatBeginsWithZeros) {
   EXPECT_EQ(Read({0x1F, 0x80, 0x1F, 0x00}), kBlank);
+  EXPECT_EQ(Read({0x9F, 0x80, 0x1F, 0x00}), kBlank);
   EXPECT_EQ(Read({0x1F, 0x80, 0x80, 0x80, 0x80, 0x04, 0x00}), kBlank);
 }
 
@@ -514,6 +515,16 @@ TEST(Record, GivesNoStaleEncodingWhenThereIsNone) {
   record.SetTag(0);
   EXPECT_EQ(record.GetEncodedRecord(&status).length, 0u);
   EXPECT_EQ(status, kAsn1NoRecord);
+}
+
+TEST(Record, CanBeEncodedTwiceWithoutAContent) {
+  CASNTBaseRecord record;
+  record.SetTag(0xFFFFFFFF);
+  int status = 0;
+  const Bytes encoding = {0xDF, 0x83, 0xFF, 0xFF, 0xFF, 0x7F, 0x00};
+  EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)), encoding);
+  EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)), encoding);
+  EXPECT_EQ(status, kAsn1Ok);
 }
 
 TEST(Record, IsEncodedAnewAfterEveryChange) {
