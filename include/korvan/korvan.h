@@ -6,8 +6,10 @@
 
 #include <korvan/cryptoapi.h>
 #include <korvan/export.h>
+#include <korvan/ini_file.h>
 #include <korvan/oid_info.h>
 #include <korvan/public_key.h>
 #include <korvan/string_resources.h>
+#include <korvan/text.h>
 
 #endif  // KORVAN_KORVAN_H_

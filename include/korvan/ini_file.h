@@ -1,0 +1,537 @@
+#ifndef KORVAN_INI_FILE_H_
+#define KORVAN_INI_FILE_H_
+
+#include <korvan/export.h>
+
+#include <iosfwd>
+#include <map>
+#include <string>
+
+/// @file
+/// INI files: a document of named sections, each with named keys, each with a
+/// value. It exists for narrow text, `CIniFileA`, and for wide text,
+/// `CIniFileW`.
+///
+///     korvan::CIniFileA settings;
+///     settings.SetKeyValue("Provider", "[Type", "75");
+///     if (!settings.Save(std::string("provider.ini"))) ...
+///
+/// What surprises:
+///   - THE READER TAKES KEY LINES ONLY WHERE THEY BEGIN WITH "[". The writer
+///     writes "name=value", and the reader skips such a line as it skips a
+///     comment. So a document that was saved and is loaded again has all its
+///     sections, but only those of its keys whose names begin with "[".
+///   - Names are compared without regard to case, by the C library in the
+///     process's current locale, up to the first NUL; the first spelling
+///     stays. The locale must not change while a document lives: its maps
+///     would no longer be in order.
+///   - Names lose the spaces and tabs at their ends wherever they are given.
+///     Values are kept as they are.
+///   - A document owns its sections and a section its keys. Pointers to them
+///     are lent: they hold until the section or key is removed, which loading
+///     without merge does to all of them. Renaming keeps them.
+///
+/// Where memory runs out, `std::bad_alloc` (for a text too long for a string
+/// `std::length_error`) passes through to the caller, and the document is as
+/// it was before the call; only a load keeps what it had read by then.
+///
+/// Documents that are not shared may be used by different threads at the same
+/// time. One document may be read by several threads as long as none changes
+/// it.
+///
+/// The text format is told in docs/ini_format.md.
+
+namespace korvan {
+
+/// Orders narrow names: by `strcasecmp` on their C strings, in the process's
+/// current locale. What stands after a NUL does not count.
+struct KORVAN_API ci_less_a {
+  /// @return whether `left` comes before `right`.
+  bool operator()(const std::string& left, const std::string& right) const;
+};
+
+/// As `ci_less_a`, with `wcscasecmp` on wide names.
+struct KORVAN_API ci_less_w {
+  /// @return whether `left` comes before `right`.
+  bool operator()(const std::wstring& left, const std::wstring& right) const;
+};
+
+/// An INI document of narrow text.
+class KORVAN_API CIniFileA {
+ public:
+  /// A section of a document: a name and the keys under it.
+  class KORVAN_API CIniSectionA {
+   public:
+    /// A key of a section: a name and a value.
+    class KORVAN_API CIniKeyA {
+     public:
+      /// Makes a key with the empty value, which no section holds.
+      /// `CIniSectionA::AddKey` is the way to a key that one does.
+      ///
+      /// @param owner  the section the key belongs to; only observed, and must
+      ///               outlive the key's renaming.
+      /// @param name   the name, taken as it is.
+      CIniKeyA(CIniSectionA* owner, std::string name);
+
+      /// Leaves the owner alone: a key that a section holds is removed by
+      /// `RemoveKey`, never by `delete`.
+      ~CIniKeyA();
+
+      CIniKeyA(const CIniKeyA&) = delete;
+      CIniKeyA& operator=(const CIniKeyA&) = delete;
+
+      /// @return a copy of the name.
+      std::string GetKeyName() const;
+
+      /// Renames the key. The key and the pointers to it stay.
+      ///
+      /// @param name  the new name; any text, the empty one too.
+      /// @return false, with nothing changed, where the section has a key of
+      ///         that name in any case, ITS OWN PRESENT NAME INCLUDED ("k" to
+      ///         "K" is refused), or where the owner is null.
+      bool SetKeyName(std::string name);
+
+      /// @return a copy of the value.
+      std::string GetValue() const;
+
+      /// Replaces the value.
+      ///
+      /// @param value  the new value, kept as it is, blanks included.
+      void SetValue(std::string value);
+
+     private:
+      // A document and a section see the texts of the keys below them without
+      // a copy.
+      friend class CIniFileA;
+      friend class CIniSectionA;
+
+      std::string name_;
+      std::string value_;
+      CIniSectionA* owner_;
+    };
+
+    /// The keys of a section by name, in case-insensitive order.
+    typedef std::map<std::string, CIniKeyA*, ci_less_a> Keys;
+
+    /// Makes a section without keys, which no document holds.
+    /// `CIniFileA::AddSection` is the way to a section that one does.
+    ///
+    /// @param owner  the document the section belongs to; only observed, and
+    ///               must outlive the section's renaming.
+    /// @param name   the name, taken as it is.
+    CIniSectionA(CIniFileA* owner, std::string name);
+
+    /// Destroys the section's keys. Leaves the owner alone: a section that a
+    /// document holds is removed by `RemoveSection`, never by `delete`.
+    ~CIniSectionA();
+
+    CIniSectionA(const CIniSectionA&) = delete;
+    CIniSectionA& operator=(const CIniSectionA&) = delete;
+
+    /// Finds the key of a name, or creates it with the empty value.
+    ///
+    /// @param name  the name; any text, the empty one too. An existing key
+    ///              keeps its own spelling.
+    /// @return the key, never null; lent.
+    CIniKeyA* AddKey(std::string name);
+
+    /// Finds the key of a name.
+    ///
+    /// @param name  the name.
+    /// @return the key, lent; null where there is none.
+    CIniKeyA* GetKey(std::string name) const;
+
+    /// Destroys the key of a name, if there is one.
+    ///
+    /// @param name  the name.
+    void RemoveKey(std::string name);
+
+    /// Destroys the key of this section that has THE SAME NAME as `key`. The
+    /// name decides, not the pointer: given a key of another section, this
+    /// section's key of that name goes, and the argument stays.
+    ///
+    /// @param key  a living key; not looked at where the section has no keys.
+    ///             Null does nothing.
+    void RemoveKey(CIniKeyA* key);
+
+    /// Destroys all keys.
+    void RemoveAllKeys();
+
+    /// @return the keys themselves, no copy; lent by the section.
+    const Keys& GetKeys() const;
+
+    /// @return a copy of the name.
+    std::string GetSectionName() const;
+
+    /// Renames the section. The section, its keys and the pointers to them
+    /// stay.
+    ///
+    /// @param name  the new name; any text, the empty one too.
+    /// @return false, with nothing changed, where the document has a section
+    ///         of that name in any case, ITS OWN PRESENT NAME INCLUDED
+    ///         ("Main" to "MAIN" is refused), or where the owner is null.
+    bool SetSectionName(std::string name);
+
+    /// Gives the key of a name a value, and creates the key where there is
+    /// none.
+    ///
+    /// @param key    the key's name.
+    /// @param value  the value, kept as it is.
+    void SetKeyValue(std::string key, std::string value);
+
+    /// @param key  the key's name.
+    /// @return a copy of the key's value; empty where there is no such key.
+    std::string GetKeyValue(std::string key) const;
+
+   private:
+    friend class CIniFileA;
+
+    CIniFileA* owner_;
+    std::string name_;
+    Keys keys_;
+  };
+
+  /// Selects merging in `stream >> CIniFileA::CIniMergeA(document)`.
+  class KORVAN_API CIniMergeA {
+   public:
+    /// @param file  the document to merge into; only referred to.
+    explicit CIniMergeA(CIniFileA& file) : file_(file) {}
+
+   private:
+    friend KORVAN_API std::istream& operator>>(std::istream& input,
+                                               CIniMergeA merge);
+
+    CIniFileA& file_;
+  };
+
+  /// The sections of a document by name, in case-insensitive order.
+  typedef std::map<std::string, CIniSectionA*, ci_less_a> Sections;
+
+  /// What ends every line that is written: "\n".
+  static const char* const LF;
+
+  /// Makes an empty document.
+  CIniFileA();
+
+  /// Destroys the sections and their keys.
+  ~CIniFileA();
+
+  CIniFileA(const CIniFileA&) = delete;
+  CIniFileA& operator=(const CIniFileA&) = delete;
+
+  /// Reads INI text from a stream, to its end or to the first line that can't
+  /// be read. Lines that are neither header nor key line are skipped, unsaid.
+  ///
+  /// The stream is left as a loop of `std::getline` would leave it: failed,
+  /// and at its end unless reading broke off. A stream that has failed before
+  /// gives no lines. What had been read when the stream failed is in the
+  /// document, also when the stream throws because of its `exceptions()`.
+  ///
+  /// @param input  the stream.
+  /// @param merge  false destroys all sections first, even where nothing can
+  ///               be read; true adds to them: a header goes on with the
+  ///               section of its name, a key line replaces the value of the
+  ///               key of its name.
+  void Load(std::istream& input, bool merge = false);
+
+  /// Opens a file and reads it as `Load` from a stream does.
+  ///
+  /// @param file_name  the name, as `std::ifstream` takes it.
+  /// @param merge      as above.
+  /// @return whether the file could be opened. Where it could not, the
+  ///         document stays as it is, WITHOUT MERGE TOO; where it could, the
+  ///         result is true WHATEVER HAPPENED AFTER: a directory opens, and
+  ///         then gives no lines.
+  bool Load(const std::string& file_name, bool merge = false);
+
+  /// Writes the document to a stream: for each section, in order, "[name]"
+  /// and the line feed, then for each of its keys, in order, "name=value" and
+  /// the line feed.
+  ///
+  /// Nothing is quoted: a name or value with a line feed in it breaks its
+  /// line. These are formatted insertions, each line and each line feed one:
+  /// the stream's width pads the first. The stream is not flushed; its state
+  /// tells whether all was written.
+  ///
+  /// @param output  the stream.
+  void Save(std::ostream& output);
+
+  /// Writes the document to a file as `Save` to a stream does. An existing
+  /// file is emptied first: to lose nothing on a full disk, save to a new
+  /// file and rename it.
+  ///
+  /// @param file_name  the name, as `std::ofstream` takes it.
+  /// @return whether the file could be opened; true WHATEVER HAPPENED AFTER,
+  ///         be the disk full or a character not to be converted.
+  bool Save(const std::string& file_name);
+
+  /// @return the sections themselves, no copy; lent by the document.
+  const Sections& GetSections() const;
+
+  /// Finds the section of a name, or creates it without keys.
+  ///
+  /// @param name  the name; any text, the empty one too. An existing section
+  ///              keeps its own spelling.
+  /// @return the section, never null; lent.
+  CIniSectionA* AddSection(std::string name);
+
+  /// Finds the section of a name.
+  ///
+  /// @param name  the name.
+  /// @return the section, lent; null where there is none.
+  CIniSectionA* GetSection(std::string name) const;
+
+  /// Destroys the section of a name and its keys, if there is one.
+  ///
+  /// @param name  the name.
+  void RemoveSection(std::string name);
+
+  /// Destroys the section of this document that has THE SAME NAME as
+  /// `section`. The name decides, not the pointer: given a section of another
+  /// document, this document's section of that name goes, and the argument
+  /// stays.
+  ///
+  /// @param section  a living section; not looked at where the document has
+  ///                 no sections. Null does nothing.
+  void RemoveSection(CIniSectionA* section);
+
+  /// Destroys all sections and their keys.
+  void RemoveAllSections();
+
+  /// Renames the section of a name, as `CIniSectionA::SetSectionName`.
+  ///
+  /// @param old_name  the section's name.
+  /// @param new_name  the new name.
+  /// @return false, with nothing changed, where there is no such section or
+  ///         the new name is taken, in any case.
+  bool RenameSection(std::string old_name, std::string new_name);
+
+  /// Gives a key a value, and creates section and key where there are none.
+  ///
+  /// @param section  the section's name.
+  /// @param key      the key's name.
+  /// @param value    the value, kept as it is.
+  void SetKeyValue(std::string section, std::string key, std::string value);
+
+  /// @param section  the section's name.
+  /// @param key      the key's name.
+  /// @return a copy of the key's value; empty where there is no such section
+  ///         or key.
+  std::string GetKeyValue(std::string section, std::string key) const;
+
+  /// Renames a key, as `CIniKeyA::SetKeyName`.
+  ///
+  /// @param section   the section's name.
+  /// @param old_name  the key's name.
+  /// @param new_name  the new name.
+  /// @return false, with nothing changed, where there is no such section or
+  ///         key or the new name is taken, in any case.
+  bool RenameKey(std::string section, std::string old_name,
+                 std::string new_name);
+
+  /// Reads a value as a number, as the C library's `sscanf` with "%u" does:
+  /// leading white space and a sign are taken, reading stops at the first
+  /// character that is no digit.
+  ///
+  /// It reads 32 BITS, though `SetKeyValueDword` writes 64.
+  ///
+  /// @param section  the section's name.
+  /// @param key      the key's name.
+  /// @return the number, 0 to 4294967295; 4294967295 also where there is no
+  ///         such section or key or its value holds no number.
+  unsigned long GetKeyValueDword(std::string section, std::string key) const;
+
+  /// Gives a key a number for its value, in plain decimal digits, all 64 bits
+  /// of it, and creates section and key where there are none.
+  ///
+  /// @param section  the section's name.
+  /// @param key      the key's name.
+  /// @param value    the number.
+  void SetKeyValueDword(std::string section, std::string key,
+                        unsigned long value);
+
+ private:
+  Sections sections_;
+};
+
+/// As `CIniFileA`, on wide text.
+///
+/// It differs in this: names are ordered by `ci_less_w`; file names pass
+/// through `wstr_to_str`; a file's bytes become characters, and characters
+/// bytes, by the global C++ locale in force at the call; loading ends at the
+/// first bytes that it can't convert, and keeps what came before; saving ends
+/// at the first character that it can't convert; there are no numbers.
+class KORVAN_API CIniFileW {
+ public:
+  /// As `CIniFileA::CIniSectionA`.
+  class KORVAN_API CIniSectionW {
+   public:
+    /// As `CIniFileA::CIniSectionA::CIniKeyA`.
+    class KORVAN_API CIniKeyW {
+     public:
+      /// @copydoc CIniFileA::CIniSectionA::CIniKeyA::CIniKeyA
+      CIniKeyW(CIniSectionW* owner, std::wstring name);
+      ~CIniKeyW();
+
+      CIniKeyW(const CIniKeyW&) = delete;
+      CIniKeyW& operator=(const CIniKeyW&) = delete;
+
+      /// @copydoc CIniFileA::CIniSectionA::CIniKeyA::GetKeyName
+      std::wstring GetKeyName() const;
+      /// @copydoc CIniFileA::CIniSectionA::CIniKeyA::SetKeyName
+      bool SetKeyName(std::wstring name);
+      /// @copydoc CIniFileA::CIniSectionA::CIniKeyA::GetValue
+      std::wstring GetValue() const;
+      /// @copydoc CIniFileA::CIniSectionA::CIniKeyA::SetValue
+      void SetValue(std::wstring value);
+
+     private:
+      friend class CIniFileW;
+      friend class CIniSectionW;
+
+      std::wstring name_;
+      std::wstring value_;
+      CIniSectionW* owner_;
+    };
+
+    /// As `CIniFileA::CIniSectionA::Keys`.
+    typedef std::map<std::wstring, CIniKeyW*, ci_less_w> Keys;
+
+    /// @copydoc CIniFileA::CIniSectionA::CIniSectionA
+    CIniSectionW(CIniFileW* owner, std::wstring name);
+    ~CIniSectionW();
+
+    CIniSectionW(const CIniSectionW&) = delete;
+    CIniSectionW& operator=(const CIniSectionW&) = delete;
+
+    /// @copydoc CIniFileA::CIniSectionA::AddKey
+    CIniKeyW* AddKey(std::wstring name);
+    /// @copydoc CIniFileA::CIniSectionA::GetKey
+    CIniKeyW* GetKey(std::wstring name) const;
+    /// @copydoc CIniFileA::CIniSectionA::RemoveKey(std::string)
+    void RemoveKey(std::wstring name);
+    /// @copydoc CIniFileA::CIniSectionA::RemoveKey(CIniKeyA*)
+    void RemoveKey(CIniKeyW* key);
+    /// @copydoc CIniFileA::CIniSectionA::RemoveAllKeys
+    void RemoveAllKeys();
+    /// @copydoc CIniFileA::CIniSectionA::GetKeys
+    const Keys& GetKeys() const;
+    /// @copydoc CIniFileA::CIniSectionA::GetSectionName
+    std::wstring GetSectionName() const;
+    /// @copydoc CIniFileA::CIniSectionA::SetSectionName
+    bool SetSectionName(std::wstring name);
+    /// @copydoc CIniFileA::CIniSectionA::SetKeyValue
+    void SetKeyValue(std::wstring key, std::wstring value);
+    /// @copydoc CIniFileA::CIniSectionA::GetKeyValue
+    std::wstring GetKeyValue(std::wstring key) const;
+
+   private:
+    friend class CIniFileW;
+
+    CIniFileW* owner_;
+    std::wstring name_;
+    Keys keys_;
+  };
+
+  /// As `CIniFileA::CIniMergeA`.
+  class KORVAN_API CIniMergeW {
+   public:
+    /// @copydoc CIniFileA::CIniMergeA::CIniMergeA
+    explicit CIniMergeW(CIniFileW& file) : file_(file) {}
+
+   private:
+    friend KORVAN_API std::wistream& operator>>(std::wistream& input,
+                                                CIniMergeW merge);
+
+    CIniFileW& file_;
+  };
+
+  /// As `CIniFileA::Sections`.
+  typedef std::map<std::wstring, CIniSectionW*, ci_less_w> Sections;
+
+  /// @copydoc CIniFileA::LF
+  static const wchar_t* const LF;
+
+  /// @copydoc CIniFileA::CIniFileA
+  CIniFileW();
+  ~CIniFileW();
+
+  CIniFileW(const CIniFileW&) = delete;
+  CIniFileW& operator=(const CIniFileW&) = delete;
+
+  /// @copydoc CIniFileA::Load(std::istream&,bool)
+  void Load(std::wistream& input, bool merge = false);
+
+  /// As `CIniFileA::Load`, with the file name converted by `wstr_to_str` and
+  /// the file's bytes by the global C++ locale.
+  ///
+  /// @param file_name  the name; where the conversion leaves NULs, the part
+  ///                   before the first counts.
+  /// @param merge      as `CIniFileA::Load` takes it.
+  /// @return as `CIniFileA::Load`.
+  bool Load(const std::wstring& file_name, bool merge = false);
+
+  /// @copydoc CIniFileA::Save(std::ostream&)
+  void Save(std::wostream& output);
+
+  /// As `CIniFileA::Save`, with the file name converted by `wstr_to_str` and
+  /// the characters by the global C++ locale.
+  ///
+  /// @param file_name  the name; where the conversion leaves NULs, the part
+  ///                   before the first counts.
+  /// @return as `CIniFileA::Save`.
+  bool Save(const std::wstring& file_name);
+
+  /// @copydoc CIniFileA::GetSections
+  const Sections& GetSections() const;
+  /// @copydoc CIniFileA::AddSection
+  CIniSectionW* AddSection(std::wstring name);
+  /// @copydoc CIniFileA::GetSection
+  CIniSectionW* GetSection(std::wstring name) const;
+  /// @copydoc CIniFileA::RemoveSection(std::string)
+  void RemoveSection(std::wstring name);
+  /// @copydoc CIniFileA::RemoveSection(CIniSectionA*)
+  void RemoveSection(CIniSectionW* section);
+  /// @copydoc CIniFileA::RemoveAllSections
+  void RemoveAllSections();
+  /// @copydoc CIniFileA::RenameSection
+  bool RenameSection(std::wstring old_name, std::wstring new_name);
+  /// @copydoc CIniFileA::SetKeyValue
+  void SetKeyValue(std::wstring section, std::wstring key, std::wstring value);
+  /// @copydoc CIniFileA::GetKeyValue
+  std::wstring GetKeyValue(std::wstring section, std::wstring key) const;
+  /// @copydoc CIniFileA::RenameKey
+  bool RenameKey(std::wstring section, std::wstring old_name,
+                 std::wstring new_name);
+
+ private:
+  Sections sections_;
+};
+
+/// Loads `file` from `input`, in place of what it held: `Load(input, false)`.
+///
+/// @return `input`.
+KORVAN_API std::istream& operator>>(std::istream& input, CIniFileA& file);
+/// As above, on wide text.
+KORVAN_API std::wistream& operator>>(std::wistream& input, CIniFileW& file);
+
+/// Merges `input` into the document that `merge` refers to:
+/// `Load(input, true)`.
+///
+/// @return `input`.
+KORVAN_API std::istream& operator>>(std::istream& input,
+                                    CIniFileA::CIniMergeA merge);
+/// As above, on wide text.
+KORVAN_API std::wistream& operator>>(std::wistream& input,
+                                     CIniFileW::CIniMergeW merge);
+
+/// Writes `file` to `output`: `Save(output)`.
+///
+/// @return `output`.
+KORVAN_API std::ostream& operator<<(std::ostream& output, CIniFileA& file);
+/// As above, on wide text.
+KORVAN_API std::wostream& operator<<(std::wostream& output, CIniFileW& file);
+
+}  // namespace korvan
+
+#endif  // KORVAN_INI_FILE_H_

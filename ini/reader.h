@@ -1,0 +1,172 @@
+#ifndef KORVAN_INI_READER_H_
+#define KORVAN_INI_READER_H_
+
+#include <korvan/text.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <istream>
+#include <streambuf>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+/// @file
+/// Reads INI text into a document. What a stream's `std::getline` would do to
+/// the stream line by line, this does too, to the last flag and character;
+/// but a line that lies whole in the stream's buffer is read where it lies.
+
+namespace korvan::ini {
+
+/// The characters that a stream buffer has at hand, with which it need not be
+/// troubled. They are its own business and its heirs': hence the inheritance.
+template <class Char>
+class GetArea : private std::basic_streambuf<Char> {
+ public:
+  using Buffer = std::basic_streambuf<Char>;
+
+  static std::basic_string_view<Char> Of(const Buffer& buffer) {
+    const Char* const next = (buffer.*&GetArea::gptr)();
+    const Char* const end = (buffer.*&GetArea::egptr)();
+    return {next, static_cast<std::size_t>(end - next)};
+  }
+
+  /// Takes the first `size` characters. (`gbump` counts in int.)
+  static void Take(Buffer& buffer, std::size_t size) {
+    (buffer.*&GetArea::setg)((buffer.*&GetArea::eback)(),
+                             (buffer.*&GetArea::gptr)() + size,
+                             (buffer.*&GetArea::egptr)());
+  }
+};
+
+template <class File>
+class Reader {
+ public:
+  using String = typename File::Sections::key_type;
+  using Char = typename String::value_type;
+  using Stream = std::basic_istream<Char>;
+
+  explicit Reader(File& file) : file_(file) {}
+
+  void Read(Stream& input) {
+    while (ReadCutLine(input, ReadWholeLines(input))) {
+    }
+  }
+
+ private:
+  using Traits = typename String::traits_type;
+  using View = std::basic_string_view<Char>;
+  using Section = std::remove_pointer_t<typename File::Sections::mapped_type>;
+
+  /// The line reader takes this character for the end of the text where it
+  /// asks for a single one: at the beginning of a line and of a buffer.
+  static bool IsEndOfText(Char character) {
+    return Traits::eq_int_type(Traits::to_int_type(character), Traits::eof());
+  }
+
+  /// Reads the lines that lie whole in the stream's buffer.
+  ///
+  /// @return the piece that the buffer has of the next line; empty where
+  ///         every step has to be left to the line reader.
+  View ReadWholeLines(Stream& input) {
+    // With a tie, each line begins with a flush of the tied stream.
+    if (!input.good() || input.tie() != nullptr) {
+      return {};
+    }
+    const Char line_feed = input.widen('\n');
+    while (true) {
+      const View area = GetArea<Char>::Of(*input.rdbuf());
+      if (area.empty() || IsEndOfText(area.front())) {
+        return {};
+      }
+      const std::size_t size = area.find(line_feed);
+      if (size == View::npos) {
+        return area;
+      }
+      // First the stream moves on, then the line is entered: when that
+      // throws, the line has been read.
+      GetArea<Char>::Take(*input.rdbuf(), size + 1);
+      Enter(area.substr(0, size));
+    }
+  }
+
+  /// Reads the next line, of which the stream's buffer has but a piece, by
+  /// the standard line reader.
+  ///
+  /// @return false at the end of the text.
+  bool ReadCutLine(Stream& input, View piece) {
+    if (!HasNameAndMore(piece)) {
+      if (!std::getline(input, line_)) {
+        return false;
+      }
+      Enter(line_);
+      return true;
+    }
+    // The value may be large, so it is read into the string that the key will
+    // keep. To the stream these two calls are one: they begin with characters
+    // that it has at hand, the second with one at least.
+    String name;
+    String value;
+    std::getline(input, name, Char{'='});
+    if (!std::getline(input, value)) {
+      return false;
+    }
+    const std::size_t last = value.find_last_not_of(kWhite);
+    if (last != String::npos && value[last] == ']') {
+      Enter(name + Char{'='} + value);
+    } else {
+      RTrim(value, kLineEnds);
+      EnterKey(std::move(name), std::move(value));
+    }
+    return true;
+  }
+
+  static bool HasNameAndMore(View piece) {
+    if (!WithoutLeadingBlanks(piece).starts_with('[')) {
+      return false;
+    }
+    const std::size_t equals = piece.find('=');
+    return equals < piece.size() - 1 && !IsEndOfText(piece[equals + 1]);
+  }
+
+  static View WithoutLeadingBlanks(View line) {
+    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+    return line;
+  }
+
+  void Enter(View line) {
+    line = WithoutLeadingBlanks(line);
+    if (!line.starts_with('[')) {
+      return;
+    }
+    line = line.substr(0, line.find_last_not_of(kLineEnds) + 1);
+    if (line[line.find_last_not_of(kWhite)] == ']') {
+      // The last character goes whatever it is: "[Main] " names "Main]".
+      // Existing files have such names.
+      section_ = file_.AddSection(String(line.substr(1, line.size() - 2)));
+    } else if (const std::size_t equals = line.find('=');
+               equals != View::npos) {
+      EnterKey(String(line.substr(0, equals)), String(line.substr(equals + 1)));
+    }
+  }
+
+  void EnterKey(String name, String value) {
+    // Before the first header there is no section, in merging too.
+    if (section_ != nullptr) {
+      section_->AddKey(std::move(name))->SetValue(std::move(value));
+    }
+  }
+
+  static constexpr Char kBlanks[] = {' ', '\t', '\0'};
+  static constexpr Char kLineEnds[] = {'\n', '\r', '\0'};
+  static constexpr Char kWhite[] = {' ', '\t', '\r', '\n', '\0'};
+
+  File& file_;
+  Section* section_ = nullptr;
+  String line_;
+};
+
+}  // namespace korvan::ini
+
+#endif  // KORVAN_INI_READER_H_
