@@ -4,9 +4,13 @@
 #include <korvan/text.h>
 
 #include <algorithm>
+#include <climits>
+#include <iterator>
 #include <memory>
 #include <type_traits>
 #include <utility>
+
+#include "ini/twins.h"
 
 /// @file
 /// What a document does with its sections and a section with its keys: both
@@ -25,23 +29,49 @@ void TrimName(String& name) {
   Trim(name, kBlanks);
 }
 
+/// Whether a name belongs between the entry before `place` and the one at it,
+/// so that `place` may be given as a hint.
+///
+/// A hint is only as safe as the order is: wcscasecmp subtracts characters, and
+/// of two that are 0x80000000 apart, which text never holds but a string may,
+/// each comes before the other. A map that is given such a hint drops entries,
+/// and `emplace` gives itself one. `insert` of an entry does not.
+template <class Nodes>
+bool BelongsAt(const Nodes& nodes, typename Nodes::const_iterator place,
+               const typename Nodes::key_type& name) {
+  const auto comes_before = [](const auto& left, const auto& right) {
+    const int difference = CompareNames(left, right);
+    return difference < 0 && difference != INT_MIN;
+  };
+  return (place == nodes.begin() ||
+          comes_before(std::prev(place)->first, name)) &&
+         (place == nodes.end() || comes_before(name, place->first));
+}
+
 template <class Nodes, class Owner>
 NodeOf<Nodes>* FindOrCreate(Nodes& nodes, Owner* owner,
                             typename Nodes::key_type name) {
   TrimName(name);
+  // Files mostly have their names in order, so the end is tried before the
+  // tree is searched.
   auto place = nodes.end();
-  // Whoever writes files mostly has the names in order, so the last is asked
-  // before the tree is searched.
-  if (!nodes.empty() && !nodes.key_comp()(std::prev(place)->first, name)) {
+  bool belongs = BelongsAt(nodes, place, name);
+  if (!belongs) {
     place = nodes.lower_bound(name);
-    if (!nodes.key_comp()(name, place->first)) {
+    if (place != nodes.end() && !nodes.key_comp()(name, place->first)) {
       return place->second;
     }
+    belongs = BelongsAt(nodes, place, name);
   }
   auto made = std::make_unique<NodeOf<Nodes>>(owner, name);
-  const auto entry = nodes.emplace_hint(place, std::move(name), made.get());
-  // A map whose order broke, by a change of the locale, may know the name all
-  // the same: then it did not take the new object.
+  const auto entry =
+      belongs
+          ? nodes.emplace_hint(place, std::move(name), made.get())
+          : nodes
+                .insert(typename Nodes::value_type(std::move(name), made.get()))
+                .first;
+  // A map whose order broke may come upon the name after all: then it did not
+  // take the new object.
   if (entry->second == made.get()) {
     made.release();
   }
@@ -81,13 +111,14 @@ bool Rename(Nodes& nodes, NodeOf<Nodes>* node, typename Nodes::key_type& name,
   // All that may throw comes before the first change, or changes nothing when
   // it throws.
   typename Nodes::key_type renamed = new_name;
-  const auto [entered, is_free] = nodes.try_emplace(std::move(new_name), node);
+  const auto [entered, is_free] =
+      nodes.insert(typename Nodes::value_type(std::move(new_name), node));
   if (!is_free) {
     return false;
   }
   auto former = nodes.find(name);
-  if (former == nodes.end() || former->second != node) {
-    // A change of the locale hides names from a search. Left in the map, the
+  if (former == nodes.end() || former == entered || former->second != node) {
+    // A change of the locale hides entries from a search. Left in the map, the
     // former entry would have the object destroyed twice.
     former = std::find_if(nodes.begin(), nodes.end(), [&](const auto& entry) {
       return entry.second == node && &entry != &*entered;
