@@ -122,8 +122,9 @@ class Reader {
     return true;
   }
 
-  static bool HasNameAndMore(View piece) {
-    if (!WithoutLeadingBlanks(piece).starts_with('[')) {
+  /// Whether a key line begins here, its name whole and its value begun.
+  bool HasNameAndMore(View piece) const {
+    if (section_ == nullptr || !WithoutLeadingBlanks(piece).starts_with('[')) {
       return false;
     }
     const std::size_t equals = piece.find('=');
@@ -145,17 +146,16 @@ class Reader {
       // The last character goes whatever it is: "[Main] " names "Main]".
       // Existing files have such names.
       section_ = file_.AddSection(String(line.substr(1, line.size() - 2)));
-    } else if (const std::size_t equals = line.find('=');
-               equals != View::npos) {
-      EnterKey(String(line.substr(0, equals)), String(line.substr(equals + 1)));
+    } else if (section_ != nullptr) {  // none before the first header
+      if (const std::size_t equals = line.find('='); equals != View::npos) {
+        EnterKey(String(line.substr(0, equals)),
+                 String(line.substr(equals + 1)));
+      }
     }
   }
 
   void EnterKey(String name, String value) {
-    // Before the first header there is no section, in merging too.
-    if (section_ != nullptr) {
-      section_->AddKey(std::move(name))->SetValue(std::move(value));
-    }
+    section_->AddKey(std::move(name))->SetValue(std::move(value));
   }
 
   static constexpr Char kBlanks[] = {' ', '\t', '\0'};

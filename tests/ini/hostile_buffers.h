@@ -1,0 +1,177 @@
+#ifndef KORVAN_TESTS_INI_HOSTILE_BUFFERS_H_
+#define KORVAN_TESTS_INI_HOSTILE_BUFFERS_H_
+
+#include <algorithm>
+#include <cstddef>
+#include <ios>
+#include <istream>
+#include <ostream>
+#include <sstream>
+#include <streambuf>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ini/ini_twins.h"
+
+// Stream buffers that do what they may, and what the stream does then.
+
+struct Fault {};
+
+constexpr std::size_t kNever = static_cast<std::size_t>(-1);
+
+// Gives a text in pieces of the given sizes, over and over, and throws instead
+// of giving the character at `fault`. Pieces of size 0 are single characters
+// without a buffer.
+template <class Char>
+class PiecewiseInput : public std::basic_streambuf<Char> {
+ public:
+  using String = std::basic_string<Char>;
+  using Traits = typename String::traits_type;
+
+  PiecewiseInput(String text, std::vector<std::size_t> sizes, std::size_t fault)
+      : text_(std::move(text)), sizes_(std::move(sizes)), fault_(fault) {
+    if (sizes_.empty()) sizes_.push_back(text_.size() + 1);
+  }
+
+  std::size_t Consumed() const {
+    return taken_ - static_cast<std::size_t>(this->egptr() - this->gptr());
+  }
+
+ protected:
+  typename Traits::int_type underflow() override {
+    if (this->gptr() != this->egptr()) {
+      return Traits::to_int_type(*this->gptr());
+    }
+    if (taken_ == fault_) throw Fault();
+    if (taken_ == text_.size()) return Traits::eof();
+    const std::size_t size = sizes_[turn_ % sizes_.size()];
+    if (size == 0) return Traits::to_int_type(text_[taken_]);
+    ++turn_;
+    const std::size_t end =
+        std::min({taken_ + size, text_.size(), std::max(fault_, taken_)});
+    this->setg(text_.data() + taken_, text_.data() + taken_,
+               text_.data() + end);
+    taken_ = end;
+    return Traits::to_int_type(*this->gptr());
+  }
+
+  typename Traits::int_type uflow() override {
+    const auto next = underflow();
+    if (Traits::eq_int_type(next, Traits::eof())) return next;
+    if (this->gptr() != this->egptr()) {
+      this->gbump(1);
+    } else {
+      ++taken_;
+      ++turn_;
+    }
+    return next;
+  }
+
+ private:
+  String text_;
+  std::vector<std::size_t> sizes_;
+  std::size_t fault_;
+  std::size_t taken_ = 0;
+  std::size_t turn_ = 0;
+};
+
+// Keeps what is written and counts flushes. It has room for `room` characters
+// at a time (0: none, each comes singly), takes `capacity` in all, and then
+// fails or throws.
+template <class Char>
+class LimitedOutput : public std::basic_streambuf<Char> {
+ public:
+  using String = std::basic_string<Char>;
+  using Traits = typename String::traits_type;
+
+  explicit LimitedOutput(std::size_t room = 0, std::size_t capacity = kNever,
+                         bool throws = false)
+      : area_(room, Char{}), capacity_(capacity), throws_(throws) {}
+
+  String Written() const {
+    return taken_ + String(this->pbase(), this->pptr());
+  }
+  int flushes() const { return flushes_; }
+
+ protected:
+  typename Traits::int_type overflow(typename Traits::int_type next) override {
+    taken_.append(this->pbase(), this->pptr());
+    this->setp(nullptr, nullptr);
+    if (taken_.size() >= capacity_) {
+      if (throws_) throw Fault();
+      return Traits::eof();
+    }
+    const std::size_t room = std::min(area_.size(), capacity_ - taken_.size());
+    if (room != 0) this->setp(area_.data(), area_.data() + room);
+    if (Traits::eq_int_type(next, Traits::eof())) return Traits::not_eof(next);
+    if (room != 0) return this->sputc(Traits::to_char_type(next));
+    taken_ += Traits::to_char_type(next);
+    return next;
+  }
+
+  int sync() override {
+    ++flushes_;
+    return 0;
+  }
+
+ private:
+  String taken_;
+  String area_;
+  std::size_t capacity_;
+  bool throws_;
+  int flushes_ = 0;
+};
+
+inline std::string Shown(std::ios_base::iostate state) {
+  std::string shown;
+  if (state & std::ios_base::badbit) shown += " bad";
+  if (state & std::ios_base::eofbit) shown += " eof";
+  if (state & std::ios_base::failbit) shown += " fail";
+  return shown;
+}
+
+// What a call threw: "", "fault", "failure" or "memory".
+template <class Call>
+std::string Thrown(Call call) {
+  try {
+    call();
+  } catch (const Fault&) {
+    return "fault";
+  } catch (const std::ios_base::failure&) {
+    return "failure";
+  } catch (const std::bad_alloc&) {
+    return "memory";
+  }
+  return "";
+}
+
+template <class Char>
+struct LoadCase {
+  std::basic_string<Char> text;
+  std::vector<std::size_t> pieces;
+  std::size_t fault = kNever;
+  std::ios_base::iostate exceptions = std::ios_base::goodbit;
+  bool tied = false;
+  bool merge = false;
+};
+
+// Loads into a document of either kind and tells all that can be seen after.
+template <class Char, class File>
+std::string Load(const LoadCase<Char>& load, File& file) {
+  PiecewiseInput<Char> buffer(load.text, load.pieces, load.fault);
+  std::basic_istream<Char> input(&buffer);
+  LimitedOutput<Char> tied_buffer;
+  std::basic_ostream<Char> tied(&tied_buffer);
+  if (load.tied) input.tie(&tied);
+  input.exceptions(load.exceptions);
+  const std::string thrown = Thrown([&] { file.Load(input, load.merge); });
+  std::ostringstream seen;
+  seen << ContentOf(file) << " thrown:" << thrown
+       << " state:" << Shown(input.rdstate())
+       << " consumed:" << buffer.Consumed() << " gcount:" << input.gcount()
+       << " flushes:" << tied_buffer.flushes();
+  return seen.str();
+}
+
+#endif  // KORVAN_TESTS_INI_HOSTILE_BUFFERS_H_

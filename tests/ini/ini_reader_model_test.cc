@@ -1,0 +1,127 @@
+#include <korvan/ini_file.h>
+#include <rapidcheck.h>
+
+#include <string>
+#include <vector>
+
+#include "ini/hostile_buffers.h"
+#include "ini/ini_twins.h"
+
+// The reader beside a loop of std::getline: whatever the stream does, nobody
+// can tell the two apart.
+
+namespace {
+
+constexpr std::ios_base::iostate kMasks[] = {
+    std::ios_base::goodbit,
+    std::ios_base::badbit,
+    std::ios_base::eofbit,
+    std::ios_base::failbit,
+    std::ios_base::badbit | std::ios_base::eofbit,
+    std::ios_base::badbit | std::ios_base::failbit,
+    std::ios_base::eofbit | std::ios_base::failbit,
+    std::ios_base::badbit | std::ios_base::eofbit | std::ios_base::failbit};
+
+// A document to merge into, or to be replaced.
+template <class Char, class File>
+std::string LoadOver(const LoadCase<Char>& load, File& file) {
+  LoadCase<Char> before;
+  before.text = "[Main]\n[k=old\n[Old]\n[q=1\n"_t;
+  Load(before, file);
+  return Load(load, file);
+}
+
+template <class Twin>
+class IniReaderModel : public testing::Test {};
+TYPED_TEST_SUITE(IniReaderModel, Twins, TwinNames);
+
+// `[k=]` cut anywhere, blanks that a cut leaves at a line's ends, a last line
+// without an end: with each text every fault falls at every character.
+constexpr std::string_view kTexts[] = {
+    "[a]\n[k=v\n",
+    "[a]\r\n [k = v \r\n\n#x\n[l=w]\n[m=]x",
+    "x\n[a]\n\t [long name of a key=long value of a key, with blanks ]\r\r\n",
+    "[a]\n[=\n[==\n[k=\r\n[l",
+    "\n\n[\n]\n[]\n[] \n[ ]=\n=[\n",
+};
+
+TYPED_TEST(IniReaderModel, AgreesWithEveryFaultAtEveryCharacter) {
+  for (const std::string_view text : kTexts) {
+    for (const std::vector<std::size_t>& pieces :
+         {std::vector<std::size_t>{}, {1}, {0}, {2}, {5}, {11}, {1, 0, 9}}) {
+      for (std::size_t fault = 0; fault <= text.size() + 1; ++fault) {
+        for (const auto exceptions : kMasks) {
+          LoadCase<typename TypeParam::Char> load;
+          load.text = Ascii(text);
+          load.pieces = pieces;
+          load.fault = fault <= text.size() ? fault : kNever;
+          load.exceptions = exceptions;
+          load.merge = fault % 2 == 0;
+          load.tied = fault % 3 == 0;
+          typename TypeParam::File file;
+          PlainIni<typename TypeParam::Char> plain;
+          ASSERT_EQ(LoadOver(load, file), LoadOver(load, plain))
+              << text << "\nfault at " << fault << ", mask"
+              << Shown(exceptions);
+        }
+      }
+    }
+  }
+}
+
+rc::Gen<std::string> AnyText() {
+  return rc::gen::map(
+      rc::gen::container<std::vector<std::string>>(
+          rc::gen::element<std::string>(
+              "[", "[", "]", "=", "\n", "\n", "\n", "\r", " ", "\t", "k", "K",
+              "Main", "[Main]\n", "[k=v\n", "#", std::string(1, '\0'), "\v",
+              "\xC3\xA9", "a text that is too long to be kept inline")),
+      [](const std::vector<std::string>& tokens) {
+        std::string text;
+        for (const std::string& token : tokens) text += token;
+        return text;
+      });
+}
+
+TYPED_TEST(IniReaderModel, AgreesOnAnyTextInAnyPieces) {
+  const bool holds = rc::check([] {
+    LoadCase<typename TypeParam::Char> load;
+    load.text = Ascii(*AnyText());
+    load.pieces = *rc::gen::container<std::vector<std::size_t>>(
+        rc::gen::inRange<std::size_t>(0, 60));
+    load.fault = *rc::gen::weightedElement<std::size_t>(
+        {{3, kNever}, {1, load.text.size() / 2}, {1, load.text.size()}});
+    load.exceptions = *rc::gen::elementOf(std::vector<std::ios_base::iostate>(
+        std::begin(kMasks), std::end(kMasks)));
+    load.merge = *rc::gen::arbitrary<bool>();
+    load.tied = *rc::gen::weightedElement<bool>({{4, false}, {1, true}});
+    typename TypeParam::File file;
+    PlainIni<typename TypeParam::Char> plain;
+    RC_ASSERT(LoadOver(load, file) == LoadOver(load, plain));
+  });
+  EXPECT_TRUE(holds);
+}
+
+// Long enough that lines are cut by the buffers of the standard streams, too.
+TYPED_TEST(IniReaderModel, AgreesOnLongTexts) {
+  const bool holds = rc::check([] {
+    std::string text;
+    const auto lengths = *rc::gen::container<std::vector<std::size_t>>(
+        rc::gen::inRange<std::size_t>(0, 20000));
+    for (const std::size_t length : lengths) {
+      const std::string filler(length, 'x');
+      text += *rc::gen::element<std::string>(
+          "[" + filler + "]\n", "[k=" + filler + "\n", "[" + filler + "=v\n",
+          "#" + filler + "\n", "[k=" + filler + "]\r\n", filler);
+    }
+    LoadCase<typename TypeParam::Char> load;
+    load.text = Ascii(text);
+    load.pieces = {*rc::gen::inRange<std::size_t>(1, 9000)};
+    typename TypeParam::File file;
+    PlainIni<typename TypeParam::Char> plain;
+    RC_ASSERT(Load(load, file) == Load(load, plain));
+  });
+  EXPECT_TRUE(holds);
+}
+
+}  // namespace
