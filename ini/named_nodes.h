@@ -111,11 +111,12 @@ bool Rename(Nodes& nodes, NodeOf<Nodes>* node, typename Nodes::key_type& name,
   // All that may throw comes before the first change, or changes nothing when
   // it throws.
   typename Nodes::key_type renamed = new_name;
-  const auto [entered, is_free] =
+  const auto inserted =
       nodes.insert(typename Nodes::value_type(std::move(new_name), node));
-  if (!is_free) {
+  if (!inserted.second) {
     return false;
   }
+  const auto entered = inserted.first;
   auto former = nodes.find(name);
   if (former == nodes.end() || former == entered || former->second != node) {
     // A change of the locale hides entries from a search. Left in the map, the

@@ -1,0 +1,16 @@
+#include <korvan/ini_file.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "compare_with_plain.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
+                                      std::size_t size) {
+  if (size != 0) {
+    LoadSaveLoad<korvan::CIniFileA>(data[0],
+                                    std::string(data + 1, data + size));
+  }
+  return 0;
+}
