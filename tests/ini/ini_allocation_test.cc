@@ -178,7 +178,7 @@ TYPED_TEST(IniAllocation, ThatFailsKeepsWhatHadBeenRead) {
   }
   for (const auto exceptions :
        {std::ios_base::goodbit, std::ios_base::badbit}) {
-    for (const std::size_t size : {1000, 1, 0, 20, 33}) {
+    for (const std::size_t size : {1000u, 1u, 0u, 20u, 33u}) {
       const long live = LiveBlocks();
       for (int failures = 0;; ++failures) {
         bool failed = false;

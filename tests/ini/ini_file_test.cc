@@ -174,7 +174,7 @@ TYPED_TEST(IniFile, ADirectoryOpensAndGivesNoLines) {
 }
 
 TYPED_TEST(IniFile, AFullDiskIsNotToldByTheResult) {
-  for (const std::size_t size : {1, 20, 200000}) {
+  for (const std::size_t size : {1u, 20u, 200000u}) {
     this->file_.SetKeyValue("Main"_t, "k"_t, Ascii(std::string(size, 'v')));
     EXPECT_TRUE(this->Save("/dev/full"));
   }
@@ -335,7 +335,8 @@ TEST(IniFileEncoding, UndecodableBytesEndAWideLoadAsTheyEndGetline) {
     EXPECT_EQ(ContentOf(file), ContentOf(plain)) << bytes.size();
   };
   std::vector<std::size_t> distances;
-  for (const std::size_t edge : {5, 14, 1024, 4096, 8192, 16384, 32768}) {
+  for (const std::size_t edge :
+       {5u, 14u, 1024u, 4096u, 8192u, 16384u, 32768u}) {
     for (std::size_t i = 0; i < 9; ++i) distances.push_back(edge - 5 + i);
   }
   for (const std::size_t distance : distances) {
@@ -343,7 +344,7 @@ TEST(IniFileEncoding, UndecodableBytesEndAWideLoadAsTheyEndGetline) {
     std::string before = "[a]\n[b=c\n" + std::string(distance / 2, 'x') + '\n';
     while (before.size() < distance) before += "[\xD0\x96=\xD0\x96\n";
     for (const std::string_view fault : {"\xFF", "\xD0", "\xD0\x96\xFF"}) {
-      for (const std::size_t after : {0, 1, 9000}) {
+      for (const std::size_t after : {0u, 1u, 9000u}) {
         expect_agreement(before + "[k=v" + std::string(fault) +
                          std::string(after, '\n') + "[l=w");
       }

@@ -82,7 +82,7 @@ TYPED_TEST(IniWriter, TheOperatorGivesTheStreamBack) {
 
 TYPED_TEST(IniWriter, DoesNotFlush) {
   this->Set("Main", "k", "v");
-  for (const std::size_t room : {0, 1, 5, 1000}) {
+  for (const std::size_t room : {0u, 1u, 5u, 1000u}) {
     LimitedOutput<typename TypeParam::Char> buffer(room);
     std::basic_ostream<typename TypeParam::Char> output(&buffer);
     output << this->file_;
@@ -143,7 +143,7 @@ TYPED_TEST(IniWriter, CannotBeToldFromInsertionsWhateverTheStream) {
     plain.Set(Ascii(section), Ascii(key), Ascii(value));
   }
   const std::size_t whole = this->Saved().size();
-  for (const std::size_t room : {0, 7, 1000}) {
+  for (const std::size_t room : {0u, 7u, 1000u}) {
     for (std::size_t capacity = 0; capacity <= whole; ++capacity) {
       for (const bool throws : {false, true}) {
         for (const auto exceptions :
