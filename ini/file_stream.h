@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <ios>
 #include <memory>
-#include <new>
 #include <string>
 
 #include "ini/twins.h"
@@ -20,11 +19,8 @@ class FileStream {
   FileStream(const String& name, std::ios_base::openmode mode) {
     using Char = typename Stream::char_type;
     if (AnyBlockWillDo(Char{}, stream_.getloc())) {
-      // Without memory for it, the stream finds a smaller one itself.
-      block_.reset(new (std::nothrow) Char[kBlockSize]);
-      if (block_ != nullptr) {
-        stream_.rdbuf()->pubsetbuf(block_.get(), kBlockSize);
-      }
+      block_ = std::make_unique_for_overwrite<Char[]>(kBlockSize);
+      stream_.rdbuf()->pubsetbuf(block_.get(), kBlockSize);
     }
     stream_.open(FileName(name), mode | std::ios_base::binary);
   }
