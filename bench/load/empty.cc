@@ -1,0 +1,1 @@
+// The shared object that does nothing: what loading any of them costs.
