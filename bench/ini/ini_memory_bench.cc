@@ -105,6 +105,7 @@ template <class Run>
 void Register(const std::string& name, Run run) {
   benchmark::RegisterBenchmark(name.c_str(), run)
       ->Iterations(1)
+      ->Repetitions(1)
       ->Unit(benchmark::kMillisecond);
 }
 
@@ -113,15 +114,16 @@ const bool is_registered = [] {
     for (const Figure figure : {Figure::kHeld, Figure::kPeak}) {
       std::string operation =
           figure == Figure::kHeld ? "ini_memory_held" : "ini_memory_peak";
+      const std::string size = std::to_string(kKeys);
       operation += is_shuffled ? "_shuffled/" : "_sorted/";
       const Content content{kKeys, 1, is_shuffled, true};
-      Register(operation + "ours", [=](benchmark::State& state) {
+      Register(operation + "ours/" + size, [=](benchmark::State& state) {
         Load<korvan::CIniFileA>(state, content, figure);
       });
-      Register(operation + "plain", [=](benchmark::State& state) {
+      Register(operation + "plain/" + size, [=](benchmark::State& state) {
         Load<shape::File<char>>(state, content, figure);
       });
-      Register(operation + "limit",
+      Register(operation + "limit/" + size,
                [=](benchmark::State& state) { Fill(state, content, figure); });
     }
   }

@@ -74,17 +74,18 @@ std::string SkippedText(std::size_t size, Syntax syntax) {
       "the provider looks here for its containers, and for the paths of "
       "readers that a service may have been told of; see the manual";
   std::mt19937 random(1);
-  std::string text;
-  text.reserve(size + 256);
-  for (unsigned int line = 0; text.size() < size; ++line) {
-    if (line % 1000 == 0) {
-      text.append("[Section").append(Padded(line / 1000, 6)).append("]\n");
-    }
+  std::string page = "[Section]\n";
+  for (unsigned int line = 0; line < 1000; ++line) {
     const bool is_comment = syntax == Syntax::kPlain || line % 2 == 0;
-    text.append(is_comment ? "# setting" : "setting");
-    text.append(Padded(line % 100, 2)).append(" = ");
-    text.append(kWords, 10 + random() % (sizeof kWords - 11));
-    text += '\n';
+    page.append(is_comment ? "# setting" : "setting");
+    page.append(Padded(line % 100, 2)).append(" = ");
+    page.append(kWords, 10 + random() % (sizeof kWords - 11));
+    page += '\n';
+  }
+  std::string text;
+  text.reserve(size + page.size());
+  while (text.size() < size) {
+    text += page;
   }
   return text;
 }
