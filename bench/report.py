@@ -219,7 +219,7 @@ def plot_ratios(rows, path):
         return
     low = min(0.1, 10 ** math.floor(math.log10(min(ratios))))
     high = max(10, 10 ** math.ceil(math.log10(max(ratios))))
-    left, right, step = 260, 700, 16
+    left, right, step = 300, 700, 16
     svg = Svg(720, len(rows) * step + 60)
     x = scale(low, high, left, right)
     bottom = 50 + len(rows) * step
