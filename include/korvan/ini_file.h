@@ -46,12 +46,16 @@ namespace korvan {
 /// Orders narrow names: by `strcasecmp` on their C strings, in the process's
 /// current locale. What stands after a NUL does not count.
 struct KORVAN_API ci_less_a {
+  /// @param left   a name.
+  /// @param right  another.
   /// @return whether `left` comes before `right`.
   bool operator()(const std::string& left, const std::string& right) const;
 };
 
 /// As `ci_less_a`, with `wcscasecmp` on wide names.
 struct KORVAN_API ci_less_w {
+  /// @param left   a name.
+  /// @param right  another.
   /// @return whether `left` comes before `right`.
   bool operator()(const std::wstring& left, const std::wstring& right) const;
 };
@@ -198,8 +202,10 @@ class KORVAN_API CIniFileA {
     explicit CIniMergeA(CIniFileA& file) : file_(file) {}
 
    private:
+    /// @cond
     friend KORVAN_API std::istream& operator>>(std::istream& input,
                                                CIniMergeA merge);
+    /// @endcond
 
     CIniFileA& file_;
   };
@@ -440,8 +446,10 @@ class KORVAN_API CIniFileW {
     explicit CIniMergeW(CIniFileW& file) : file_(file) {}
 
    private:
+    /// @cond
     friend KORVAN_API std::wistream& operator>>(std::wistream& input,
                                                 CIniMergeW merge);
+    /// @endcond
 
     CIniFileW& file_;
   };
@@ -508,28 +516,45 @@ class KORVAN_API CIniFileW {
   Sections sections_;
 };
 
-/// Loads `file` from `input`, in place of what it held: `Load(input, false)`.
+/// Loads a document in place of what it held: `Load(input, false)`.
 ///
+/// @param input  the stream.
+/// @param file   the document.
 /// @return `input`.
 KORVAN_API std::istream& operator>>(std::istream& input, CIniFileA& file);
 /// As above, on wide text.
+///
+/// @param input  the stream.
+/// @param file   the document.
+/// @return `input`.
 KORVAN_API std::wistream& operator>>(std::wistream& input, CIniFileW& file);
 
-/// Merges `input` into the document that `merge` refers to:
-/// `Load(input, true)`.
+/// Merges into the document that `merge` refers to: `Load(input, true)`.
 ///
+/// @param input  the stream.
+/// @param merge  refers to the document.
 /// @return `input`.
 KORVAN_API std::istream& operator>>(std::istream& input,
                                     CIniFileA::CIniMergeA merge);
 /// As above, on wide text.
+///
+/// @param input  the stream.
+/// @param merge  refers to the document.
+/// @return `input`.
 KORVAN_API std::wistream& operator>>(std::wistream& input,
                                      CIniFileW::CIniMergeW merge);
 
-/// Writes `file` to `output`: `Save(output)`.
+/// Writes a document: `Save(output)`.
 ///
+/// @param output  the stream.
+/// @param file    the document.
 /// @return `output`.
 KORVAN_API std::ostream& operator<<(std::ostream& output, CIniFileA& file);
 /// As above, on wide text.
+///
+/// @param output  the stream.
+/// @param file    the document.
+/// @return `output`.
 KORVAN_API std::wostream& operator<<(std::wostream& output, CIniFileW& file);
 
 }  // namespace korvan

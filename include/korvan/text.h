@@ -26,6 +26,9 @@ namespace korvan {
 KORVAN_API void RTrim(std::string& text, const std::string& set);
 
 /// As the narrow `RTrim`, on wide text.
+///
+/// @param text  the text, changed in place.
+/// @param set   the characters to strip.
 KORVAN_API void RTrim(std::wstring& text, const std::wstring& set);
 
 /// Erases the characters of `set` from the left end of `text`; otherwise as
@@ -36,6 +39,9 @@ KORVAN_API void RTrim(std::wstring& text, const std::wstring& set);
 KORVAN_API void LTrim(std::string& text, const std::string& set);
 
 /// As the narrow `LTrim`, on wide text.
+///
+/// @param text  the text, changed in place.
+/// @param set   the characters to strip.
 KORVAN_API void LTrim(std::wstring& text, const std::wstring& set);
 
 /// Erases the characters of `set` from both ends of `text`: `RTrim`, then
@@ -46,6 +52,9 @@ KORVAN_API void LTrim(std::wstring& text, const std::wstring& set);
 KORVAN_API void Trim(std::string& text, const std::string& set);
 
 /// As the narrow `Trim`, on wide text.
+///
+/// @param text  the text, changed in place.
+/// @param set   the characters to strip.
 KORVAN_API void Trim(std::wstring& text, const std::wstring& set);
 
 /// Converts wide text to the multibyte encoding of the C library's current

@@ -148,6 +148,9 @@ TYPED_TEST(IniFile, WithoutAFreeDescriptorNothingIsOpened) {
   const std::string path = this->folder_ / "a.ini";
   WriteBytes(path, "[New]\n");
   this->file_.AddSection("Main"_t);
+  // UndefinedBehaviorSanitizer needs a descriptor to look at `this`.
+  auto& file = this->file_;
+  const auto name = Text<typename TypeParam::Char>(path);
   const int lowest_free = dup(0);
   ASSERT_GE(lowest_free, 0);
   close(lowest_free);
@@ -156,8 +159,8 @@ TYPED_TEST(IniFile, WithoutAFreeDescriptorNothingIsOpened) {
   rlimit none = former;
   none.rlim_cur = static_cast<rlim_t>(lowest_free);
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-  const bool loaded = this->Load(path);
-  const bool saved = this->Save(path);
+  const bool loaded = file.Load(name);
+  const bool saved = file.Save(name);
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
   EXPECT_FALSE(loaded);
   EXPECT_FALSE(saved);
