@@ -73,7 +73,7 @@ NodeOf<Nodes>* FindOrCreate(Nodes& nodes, Owner* owner,
   // A map whose order broke may come upon the name after all: then it did not
   // take the new object.
   if (entry->second == made.get()) {
-    made.release();
+    static_cast<void>(made.release());  // the map owns it now
   }
   return entry->second;
 }
