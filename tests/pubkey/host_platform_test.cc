@@ -104,10 +104,12 @@ TEST_F(HostPlatform, MayThrowAtEveryCallOfASplit) {
 }
 
 TEST_F(HostPlatform, HasTheSplitFailWhenItCannotEncode) {
-  host_faults.encoding_status = 3;
   const Encoded failed = {0,  DIGSIG_E_ENCODE, {}, kUntouchedSize,
                           {}, kUntouchedSize};
-  EXPECT_EQ(Encode(ModelHeader(0x2E23, 8) + Bytes{7, 9}), failed);
+  for (const int status : {3, -3}) {
+    host_faults.encoding_status = status;
+    EXPECT_EQ(Encode(ModelHeader(0x2E23, 8) + Bytes{7, 9}), failed);
+  }
   // A bare key needs no encoder.
   EXPECT_EQ(Encode(ModelHeader(0x2E29, 8) + Bytes{7, 9}),
             ModelEncode(ModelHeader(0x2E29, 8) + Bytes{7, 9}));

@@ -64,7 +64,7 @@ RC_GTEST_PROP(Conversion, SplitsAnyBytesAsTheModelDoes, ()) {
 RC_GTEST_PROP(Conversion, LeadsBackWhereTheKeyWasUnwrapped, ()) {
   const Bytes parameters = *rc::gen::arbitrary<Bytes>();
   Bytes content = *rc::gen::arbitrary<Bytes>();
-  content.resize(*rc::gen::inRange(1, 256));
+  content.resize(*rc::gen::inRange<std::size_t>(1, 256));
   const Bytes bits = ModelOctetString(content);
   const Encoded back =
       Encode(Convert(kGost2001, parameters, bits).blob.value());

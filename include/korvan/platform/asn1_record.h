@@ -27,11 +27,15 @@ class KORVAN_API IdentObj {
   /// @throws std::bad_alloc when there is no memory for them.
   IdentObj(const void* bytes, unsigned int count);
 
-  /// Makes an independent copy of `other`, as the constructor from bytes does.
+  /// Makes an independent copy, as the constructor from bytes does.
+  ///
+  /// @param other  the buffer to copy.
+  /// @throws std::bad_alloc when there is no memory for its bytes.
   IdentObj(const IdentObj& other);
 
   /// Makes this buffer an independent copy of `other`, which may be this one.
   ///
+  /// @param other  the buffer to copy.
   /// @return this buffer.
   /// @throws std::bad_alloc when there is no memory; the buffer keeps then
   ///         what it held.
@@ -123,14 +127,20 @@ class KORVAN_API CASNTBaseRecord {
   /// reports `kAsn1ContentMissing`.
   bool SetEncodedEntry(const IdentObj& encoded);
 
-  /// Returns the tag, numbered as said above; 0 for a blank record.
+  /// Returns the tag.
+  ///
+  /// @return the tag, numbered as said above; 0 for a blank record.
   unsigned int GetTag() const noexcept;
 
-  /// Returns the length of the content in bytes, as the record's length octets
-  /// gave it, EVEN WHERE FEWER BYTES FOLLOWED; 0 for a blank record.
+  /// Returns the length of the content.
+  ///
+  /// @return the length in bytes as the length octets gave it, EVEN WHERE
+  ///         FEWER BYTES FOLLOWED; 0 for a blank record.
   unsigned int GetEntrySize() const noexcept;
 
-  /// Returns the constructed bit (8.1.2.5); false for a blank record.
+  /// Returns the constructed bit (8.1.2.5).
+  ///
+  /// @return true when it is set; false for a blank record.
   bool GetIsConstraction() const noexcept;
 
   /// Returns the content.
