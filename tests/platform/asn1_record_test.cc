@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "pubkey/guarded_room.h"
+#include "support/guarded_room.h"
 #include "pubkey/heap_watch.h"
 
 namespace {

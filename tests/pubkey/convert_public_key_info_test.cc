@@ -10,7 +10,7 @@
 
 #include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
-#include "pubkey/guarded_room.h"
+#include "support/guarded_room.h"
 #include "pubkey/heap_watch.h"
 #include "pubkey/model.h"
 

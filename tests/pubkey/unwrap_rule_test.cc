@@ -5,7 +5,7 @@
 
 #include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
-#include "pubkey/guarded_room.h"
+#include "support/guarded_room.h"
 #include "pubkey/model.h"
 
 namespace korvan::test {
