@@ -22,8 +22,6 @@ consteval std::array<Value, kRowCount> OfEachRow(ValueOf value_of) {
 constexpr RowKeys kOidKeys = OfEachRow<std::uint64_t>([](const Row& row) {
   return OidKey(WordsOf(row.oid.data(), row.oid.size()), row.oid.size());
 });
-constexpr RowKeys kNameKeys = OfEachRow<std::uint64_t>(
-    [](const Row& row) { return NameKey(row.name, row.name.size()).value(); });
 constexpr RowKeys kAlgidKeys = OfEachRow<std::uint64_t>(
     [](const Row& row) { return AlgidKey(row.algid); });
 constexpr RowKeys kPairKeys = OfEachRow<std::uint64_t>(
@@ -49,6 +47,8 @@ consteval bool LeadsToEveryRow(const AnyIndex& index, const RowKeys& keys,
 
 }  // namespace
 
+constexpr RowKeys kNameKeys = OfEachRow<std::uint64_t>(
+    [](const Row& row) { return NameKey(row.name, row.name.size()).value(); });
 constexpr Index<64, 512> kByOid(kOidKeys, Repeats::kOncePerGroup);
 static_assert(LeadsToEveryRow(kByOid, kOidKeys, Repeats::kOncePerGroup));
 

@@ -113,6 +113,8 @@ extern const Index<64, 512> kByName;
 extern const Index<1, 512> kByAlgid;
 extern const Index<1, 512> kByPair;
 
+extern const RowKeys kNameKeys;
+
 // A key and a row of one length are compared word by word.
 using RowLengths = std::array<std::uint8_t, kRowCount>;
 extern const RowLengths kOidLengths;

@@ -3,7 +3,6 @@
 #include <korvan/oid_info.h>
 #include <korvan/string_resources.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +12,8 @@
 #include <mutex>
 #include <utility>
 
+#include "oid/index.h"
+#include "oid/keys.h"
 #include "oid/registry.h"
 #include "oid/rows.h"
 
@@ -40,14 +41,23 @@ constinit std::atomic<std::uint64_t> unsettled[] = {
     UnloadedNames(4)};
 static_assert(std::size(unsettled) == (kRowCount + kBits - 1) / kBits);
 
-void Settle(const COidData& record, bool settled) {
+// Whether the index would look for a name at `row`. A host may give the string
+// function another body, and a caller any record another text.
+bool IsIndexed(LPCWSTR name, RowNumber row) {
+  const std::size_t length = std::wcslen(name);
+  return length == kNameLengths[row] && NameKey(name, length) == kNameKeys[row];
+}
+
+// Notes what the record's new name means for the index, if the record is one
+// of the registry's.
+void Settle(const COidData& record, LPCWSTR name) {
   if (std::less<>{}(&record, records) ||
       !std::less<>{}(&record, records + kRowCount)) {
     return;
   }
   const auto row = static_cast<RowNumber>(&record - records);
   const std::uint64_t bit = std::uint64_t{1} << row % kBits;
-  if (settled) {
+  if (name == nullptr || IsIndexed(name, row)) {
     unsettled[row / kBits].fetch_and(~bit, std::memory_order_release);
   } else {
     unsettled[row / kBits].fetch_or(bit, std::memory_order_release);
@@ -74,32 +84,28 @@ class NameInTheMaking {
     const std::lock_guard lock(putting_in_place);
     if (NameOf(record_) != replaced_) return;
     record_.dwOidFlags |= kNameIsOwned;
-    const bool settled = name_ == nullptr || is_as_stated_;
-    std::atomic_ref(record_.pwszName)
-        .store(name_.release(), std::memory_order_release);
-    Settle(record_, settled);
+    const LPCWSTR name = name_.release();
+    std::atomic_ref(record_.pwszName).store(name, std::memory_order_release);
+    Settle(record_, name);
   }
 
-  void Finish(std::unique_ptr<wchar_t[]> name, bool is_as_stated) {
-    name_ = std::move(name);
-    is_as_stated_ = is_as_stated;
-  }
+  void Finish(std::unique_ptr<wchar_t[]> name) { name_ = std::move(name); }
 
  private:
   COidData& record_;
   LPCWSTR replaced_;
   std::unique_ptr<wchar_t[]> name_;
-  bool is_as_stated_ = false;
 };
 
 // Loads the text `number` into `record`, whose name was `replaced` when the
 // load was decided upon.
 void LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
   NameInTheMaking made(record, replaced);
-  // LoadString_korvan writes no terminator; the zeros are it.
-  char text[256] = {};
-  const int length = LoadString_korvan(nullptr, number, text, sizeof text);
-  if (length == 0) return;
+  // LoadString_korvan writes no terminator; the zeros are it, and the last one
+  // stays whatever is written.
+  constexpr int kMostBytes = 256;
+  char text[kMostBytes + 1] = {};
+  if (LoadString_korvan(nullptr, number, text, kMostBytes) == 0) return;
   std::mbstate_t state{};
   const char* rest = text;
   const std::size_t count = std::mbsrtowcs(nullptr, &rest, 0, &state);
@@ -107,14 +113,10 @@ void LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
   if (count == 0 || count == kInvalid) return;
   // The conversion stops before a terminator; the array's last zero is it.
   auto name = std::make_unique<wchar_t[]>(count + 1);
-  rest = text;
   const std::size_t converted =
       std::mbsrtowcs(name.get(), &rest, count, &state);
   if (converted == 0 || converted == kInvalid) return;
-  const bool is_as_stated =
-      reinterpret_cast<std::uintptr_t>(replaced) == number &&
-      std::equal(text, text + length, name.get(), name.get() + count);
-  made.Finish(std::move(name), is_as_stated);
+  made.Finish(std::move(name));
   // The record owns the name now, which the analyser can't follow.
 }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 

@@ -3,7 +3,6 @@
 #include <korvan/public_key.h>
 
 #include <cstdint>
-#include <limits>
 
 #include "pubkey/handed_out.h"
 #include "pubkey/key_blob.h"

@@ -202,6 +202,25 @@ TEST(OidLookup, ComparesOidsByteForByte) {
   EXPECT_EQ(FindByOid(std::string(100000, '1'), 0), nullptr);
 }
 
+TEST(OidLookup, AKeyThatGoesOnBehindAnOidIsAnotherKey) {
+  for (const ExpectedRow& row : kExpectedRows) {
+    const std::string longer = std::string(row.oid) + "7";
+    const auto same = [&](const ExpectedRow& other) {
+      return longer == other.oid;
+    };
+    EXPECT_EQ(FindByOid(longer, 0), FirstRow(0, same)) << longer;
+  }
+}
+
+TEST(OidLookup, AKeyThatGoesOnBehindANameIsAnotherKey) {
+  for (const ExpectedRow& row : kExpectedRows) {
+    if (row.name == nullptr) continue;
+    const std::wstring longer = std::wstring(row.name) + L"~";
+    EXPECT_EQ(FindByName(longer, 0), nullptr);
+    EXPECT_EQ(FindByName(longer, row.group), nullptr);
+  }
+}
+
 // The text as a key whose terminator is the last thing that may be read.
 template <class Character>
 void* AtTheEdge(korvan::test::GuardedRoom& room,
@@ -263,10 +282,27 @@ TEST(OidLookup, AnUnknownNameIsNotFound) {
 }
 
 TEST(OidLookup, AnUnknownAlgidIsNotFound) {
-  for (unsigned int algid : {1u, 0x8005u, 0xA401u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(FindByAlgid(algid, 0), nullptr);
-    EXPECT_EQ(FindByPair(algid, 0, 0), nullptr);
-    EXPECT_EQ(FindByPair(CALG_SHA1, algid, 0), nullptr);
+  for (unsigned int algid = 0; algid < 0x10000; ++algid) {
+    const auto same = [&](const ExpectedRow& other) {
+      return other.algid == algid;
+    };
+    ASSERT_EQ(FindByAlgid(algid, 0), FirstRow(0, same)) << algid;
+  }
+  EXPECT_EQ(FindByAlgid(0xFFFFFFFF, 0), nullptr);
+}
+
+TEST(OidLookup, AnUnknownPairIsNotFound) {
+  for (const ExpectedRow& first : kExpectedRows) {
+    if (first.algid == 0) continue;
+    for (const ExpectedRow& second : kExpectedRows) {
+      for (unsigned int word : {second.algid, second.SecondAlgid()}) {
+        const auto same = [&](const ExpectedRow& other) {
+          return other.algid == first.algid && other.SecondAlgid() == word;
+        };
+        ASSERT_EQ(FindByPair(first.algid, word, 0), FirstRow(0, same))
+            << first.algid << ", " << word;
+      }
+    }
   }
 }
 

@@ -151,12 +151,20 @@ class OidSearches : public testing::Test {
         break;
       }
       default:
-        found = korvan::FindOIDInfo(key_type, key, group);
-        error = GetLastError();
-        SetLastError(kSomeError);
-        expected = plain_.Find(key_type, key, group);
-        break;
+        return CompareGroup(key_type, key, group);
     }
+    ExpectSame(found, expected, error);
+  }
+
+  void CompareGroup(unsigned int key_type, void* key, unsigned int group) {
+    SetLastError(kSomeError);
+    const COidData* const found = korvan::FindOIDInfo(key_type, key, group);
+    const unsigned int error = GetLastError();
+    SetLastError(kSomeError);
+    ExpectSame(found, plain_.Find(key_type, key, group), error);
+  }
+
+  void ExpectSame(const COidData* found, int expected, unsigned int error) {
     ASSERT_EQ(found, expected < 0 ? nullptr
                                   : rows_[static_cast<std::size_t>(expected)]);
     ASSERT_EQ(error, GetLastError());
@@ -174,6 +182,18 @@ class OidSearches : public testing::Test {
         ASSERT_FALSE(HoldsTextNumber(actual)) << "row " << i;
         ASSERT_STREQ(actual.pwszName, plain.pwszName) << "row " << i;
       }
+    }
+  }
+
+  // Asks for every name, from the first row's to the last's: each search finds
+  // the names before its own loaded, and its own not.
+  void SearchNamesInOrder(bool in_all_groups) {
+    for (const ExpectedRow& row : kExpectedRows) {
+      if (row.name == nullptr) continue;
+      std::wstring name = row.name;
+      SCOPED_TRACE("name " + testing::PrintToString(name));
+      CompareGroup(2, &name[0], in_all_groups ? 0 : row.group);
+      if (HasFatalFailure()) return;
     }
   }
 
@@ -203,6 +223,14 @@ TEST_F(OidSearches, AreThoseOfThePlainRegistryOnceAllNamesAreLoaded) {
   wchar_t name[] = L"no such name";
   Compare(2, name, 0, "no such name");
   SearchMany(4000);
+}
+
+TEST_F(OidSearches, AreThoseOfThePlainRegistryForNamesInTheirOrder) {
+  SearchNamesInOrder(false);
+}
+
+TEST_F(OidSearches, AreThoseOfThePlainRegistryForNamesInOrderInAllGroups) {
+  SearchNamesInOrder(true);
 }
 
 TEST_F(OidSearches, AreThoseOfThePlainRegistryAfterCleanup) {

@@ -297,12 +297,36 @@ TEST_F(OidNames, ACharacterThatFoldsIntoAsciiIsFolded) {
             nullptr);
 }
 
-TEST_F(OidNames, ALocaleThatFoldsItsOwnWayLetsALaterRowWin) {
-  // The caller gives one record a text that is no row's own.
-  ByName(L"no such name", 0);
+TEST_F(OidNames, AFoldOfTheLocaleSettlesNamesOfOneLetter) {
   ASSERT_NE(std::setlocale(LC_ALL, "tr_TR.UTF-8"), nullptr);
   EXPECT_STREQ(ByName(L"I", 5)->pszOID, "2.5.4.43");
   EXPECT_EQ(ByName(L"i", 5), nullptr);
+}
+
+TEST_F(OidNames, ANullNameAmongLoadedOnesLetsALaterRowWin) {
+  ASSERT_NE(ByOid("2.5.29.35", 6), nullptr);
+  CleanupOidInfo();
+  ASSERT_EQ(ByName(L"no such name", 6), nullptr);
+  EXPECT_STREQ(ByName(L"Authority Key Identifier", 6)->pszOID, "2.5.29.1");
+}
+
+// The one row of its group, so that no other row decides what is known of it.
+TEST_F(OidNames, AnyTextCanBeGivenToTheOnlyRecordOfAGroup) {
+  COidData& record = oid_registry[7].rgRecords[0];
+  ASSERT_EQ(ByName(L"All issuance policies", 8), &record);
+  const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
+  InitOidInfoWorker(record, 8048);
+  EXPECT_EQ(ByName(L"Common Name", 8), &record);
+  EXPECT_EQ(ByName(L"All issuance policies", 8), nullptr);
+}
+
+TEST_F(OidNames, AnyTextCanBeGivenToARecordThatCleanupLeftWithoutAName) {
+  COidData& record = oid_registry[7].rgRecords[0];
+  ASSERT_EQ(ByName(L"All issuance policies", 8), &record);
+  CleanupOidInfo();
+  EXPECT_EQ(ByName(L"All issuance policies", 8), nullptr);
+  InitOidInfoWorker(record, 8048);
+  EXPECT_EQ(ByName(L"Common Name", 8), &record);
 }
 
 TEST_F(OidNames, AnyTextCanBeGivenToARecordAndIsFound) {

@@ -82,6 +82,34 @@ TEST(OidThreads, ThatMeetAtARecordLeaveOneArray) {
   EXPECT_EQ(LiveBlocks(), before);
 }
 
+// Threads that have all come to make the name of one record.
+std::atomic<int> making{0};
+
+void WaitForTheOthers() {
+  ++making;
+  while (making < kThreads) {
+  }
+}
+
+TEST(OidThreads, ThatAllMakeTheSameNameKeepOne) {
+  const COidData* found[kThreads] = {};
+  const wchar_t* names[kThreads] = {};
+  const long before = LiveBlocks();
+  Together([&](int thread) {
+    const PausingNew pausing(WaitForTheOthers);
+    char oid[] = "1.2.643.2.2.19";
+    found[thread] = FindOIDInfo(1, oid, 3);
+    names[thread] = found[thread]->pwszName;
+  });
+  EXPECT_EQ(making, kThreads);
+  EXPECT_EQ(LiveBlocks() - before, 1);
+  for (int thread = 0; thread < kThreads; ++thread) {
+    EXPECT_EQ(found[thread], found[0]);
+    EXPECT_EQ(names[thread], names[0]);
+  }
+  EXPECT_STREQ(names[0], L"GOST R 34.10-2001");
+}
+
 TEST(OidThreads, ThatSearchByNameAllFindTheirs) {
   std::atomic<int> found{0};
   Together([&](int thread) {

@@ -9,10 +9,12 @@ namespace {
 thread_local long calls = 0;
 thread_local long successes_left = -1;  // negative: nothing fails
 thread_local bool failed = false;
+thread_local void (*before_each)() = nullptr;
 std::atomic<long> live{0};
 
 void* Allocate(std::size_t size) {
   ++calls;
+  if (before_each != nullptr) before_each();
   if (successes_left == 0) {
     failed = true;
     throw std::bad_alloc();
@@ -38,6 +40,9 @@ FailingNew::FailingNew(long successes) {
 }
 FailingNew::~FailingNew() { successes_left = -1; }
 bool FailingNew::Failed() const { return failed; }
+
+PausingNew::PausingNew(void (*pause)()) { before_each = pause; }
+PausingNew::~PausingNew() { before_each = nullptr; }
 
 long NewCalls() { return calls; }
 long LiveBlocks() { return live; }

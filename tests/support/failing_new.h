@@ -17,6 +17,16 @@ class FailingNew {
   bool Failed() const;
 };
 
+// Calls `pause` before each allocation of this thread while it lives, so that
+// a test can hold the thread there.
+class PausingNew {
+ public:
+  explicit PausingNew(void (*pause)());
+  PausingNew(const PausingNew&) = delete;
+  PausingNew& operator=(const PausingNew&) = delete;
+  ~PausingNew();
+};
+
 // Allocations of this thread by `new` since the program started.
 long NewCalls();
 

@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+#include <korvan/oid_info.h>
+#include <korvan/string_resources.h>
+
+#include <clocale>
+#include <cstring>
+#include <memory>
+#include <string>
+
+// Names from texts that the library's table does not have. The program's own
+// LoadString_korvan takes the library's place, as any host's would.
+
+namespace {
+
+std::string text;
+
+using korvan::COidData;
+
+std::unique_ptr<const wchar_t[]> NameMadeOf(const std::string& from,
+                                            COidData& record) {
+  text = from;
+  record = {};
+  record.pwszName = L"mine";
+  korvan::InitOidInfoWorker(record, 1);
+  return std::unique_ptr<const wchar_t[]>(record.pwszName);
+}
+
+TEST(OidStrangeText, OfOneCharacterIsAName) {
+  COidData record;
+  const auto name = NameMadeOf("x", record);
+  ASSERT_NE(name, nullptr);
+  EXPECT_STREQ(name.get(), L"x");
+}
+
+TEST(OidStrangeText, ThatTheLocaleCanNotConvertLeavesNoName) {
+  ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
+  COidData record;
+  EXPECT_EQ(NameMadeOf("abc\xFF", record), nullptr);
+  EXPECT_EQ(record.dwOidFlags, 2u);
+}
+
+TEST(OidStrangeText, OfSeveralBytesACharacterIsAsLongAsItsCharacters) {
+  ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
+  COidData record;
+  const auto name = NameMadeOf("\xD0\x98\xD0\xBC\xD1\x8F", record);
+  ASSERT_NE(name, nullptr);
+  EXPECT_STREQ(name.get(), L"\x0418\x043C\x044F");
+}
+
+TEST(OidStrangeText, IsReadUpToItsFirst256Bytes) {
+  for (std::size_t length : {255u, 256u, 257u}) {
+    COidData record;
+    const auto name = NameMadeOf(std::string(length, 'y'), record);
+    ASSERT_NE(name, nullptr);
+    EXPECT_EQ(std::wstring(name.get()),
+              std::wstring(length < 256 ? length : 256, L'y'));
+  }
+}
+
+TEST(OidStrangeText, OfTheRegistryIsFoundAsItIs) {
+  text = "A name of the host";
+  COidData& record = korvan::oid_registry[7].rgRecords[0];
+  wchar_t own[] = L"all issuance policies";
+  wchar_t hosts[] = L"a NAME of the host";
+  EXPECT_EQ(korvan::FindOIDInfo(2, own, 8), nullptr);
+  EXPECT_EQ(korvan::FindOIDInfo(2, hosts, 8), &record);
+}
+
+}  // namespace
+
+int LoadString_korvan(void*, unsigned int, char* buffer, int size) {
+  const int length = static_cast<int>(text.size());
+  const int copied = length < size ? length : size;
+  std::memcpy(buffer, text.data(), static_cast<std::size_t>(copied));
+  return copied;
+}
