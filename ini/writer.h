@@ -2,12 +2,14 @@
 #define KORVAN_INI_WRITER_H_
 
 #include <algorithm>
-#include <climits>
 #include <cstddef>
+#include <fstream>
 #include <ostream>
+#include <sstream>
 #include <streambuf>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 
 /// @file
 /// Writes a document as INI text. Each line and each line feed is one
@@ -23,13 +25,24 @@ class PutArea : private std::basic_streambuf<Char> {
   using Buffer = std::basic_streambuf<Char>;
   using View = std::basic_string_view<Char>;
 
-  /// (`pbump` counts in int.)
-  static std::size_t SizeOf(const Buffer& buffer) {
-    return static_cast<std::size_t>(std::min<std::ptrdiff_t>(
-        (buffer.*&PutArea::epptr)() - (buffer.*&PutArea::pptr)(), INT_MAX));
+  /// Whether a buffer is one of the standard library's own. To a class that
+  /// overrides what these do, it shows what passes it by.
+  static bool IsOpenTo(const Buffer& buffer) {
+    return typeid(buffer) == typeid(std::basic_stringbuf<Char>) ||
+           typeid(buffer) == typeid(std::basic_filebuf<Char>);
   }
 
-  /// Puts a text for which there is room.
+  /// Whether a text of this size would go into the area, and no farther, be it
+  /// in one piece or in two. A text that fills the area, or is long, may take a
+  /// file's buffer straight to the file, where it may fail.
+  static bool Takes(const Buffer& buffer, std::size_t size) {
+    constexpr std::ptrdiff_t kLong = 1024;
+    const std::ptrdiff_t room =
+        (buffer.*&PutArea::epptr)() - (buffer.*&PutArea::pptr)();
+    return size < static_cast<std::size_t>(std::min(room, kLong));
+  }
+
+  /// Puts a text that the area takes.
   static void Put(Buffer& buffer, View text) {
     text.copy((buffer.*&PutArea::pptr)(), text.size());
     (buffer.*&PutArea::pbump)(static_cast<int>(text.size()));
@@ -43,39 +56,40 @@ class LineWriter {
   using View = std::basic_string_view<Char>;
 
   LineWriter(Stream& output, View line_feed)
-      : output_(output), line_feed_(line_feed) {}
+      : output_(output),
+        line_feed_(line_feed),
+        is_open_(output.rdbuf() != nullptr &&
+                 PutArea<Char>::IsOpenTo(*output.rdbuf())) {}
 
   /// Writes a line of three parts.
   void Write(View first, View second, View third) {
-    if (IsInsertionSeen()) {
-      std::basic_string<Char> line;
-      line.reserve(first.size() + second.size() + third.size());
-      line.append(first).append(second).append(third);
-      output_ << line;
-      output_ << line_feed_;
-    } else if (output_.good() && first.size() + second.size() + third.size() +
-                                         line_feed_.size() <=
-                                     PutArea<Char>::SizeOf(*output_.rdbuf())) {
+    if (is_open_ && !IsInsertionSeen() &&
+        PutArea<Char>::Takes(
+            *output_.rdbuf(),
+            first.size() + second.size() + third.size() + line_feed_.size())) {
       for (const View part : {first, second, third, line_feed_}) {
         PutArea<Char>::Put(*output_.rdbuf(), part);
       }
     } else {
-      for (const View part : {first, second, third, line_feed_}) {
-        output_ << part;
-      }
+      line_.assign(first).append(second).append(third);
+      output_ << line_;
+      output_ << line_feed_;
     }
   }
 
  private:
-  /// Whether it shows where an insertion begins and ends: it is padded, or
-  /// another stream is flushed before it, or this stream after it.
+  /// Whether it shows where an insertion begins and ends: it fails, it is
+  /// padded, or another stream is flushed before it, or this stream after it.
   bool IsInsertionSeen() const {
-    return output_.width() != 0 || output_.tie() != nullptr ||
+    return !output_.good() || output_.width() != 0 ||
+           output_.tie() != nullptr ||
            (output_.flags() & std::ios_base::unitbuf) != 0;
   }
 
   Stream& output_;
   View line_feed_;
+  bool is_open_;
+  std::basic_string<Char> line_;
 };
 
 /// @param value_of  gives the value of a key.

@@ -1,7 +1,9 @@
 #include <korvan/ini_file.h>
 
-#include <cstdint>
+#include <fstream>
 #include <iomanip>
+#include <tuple>
+#include <utility>
 
 #include "ini/hostile_buffers.h"
 #include "ini/ini_twins.h"
@@ -188,30 +190,209 @@ TYPED_TEST(IniWriter, AStreamWithoutABufferFails) {
   EXPECT_EQ(Shown(output.rdstate()), " bad fail");
 }
 
-// Buffers may have more room than an int can count.
-TYPED_TEST(IniWriter, RoomBeyondAnIntIsUsedAsFarAsItCounts) {
-  using Char = typename TypeParam::Char;
-  class Endless : public std::basic_streambuf<Char> {
-   public:
-    Endless() {
-      // Only the first characters are there; nobody gets to the others.
-      this->setp(text_, reinterpret_cast<Char*>(
-                            reinterpret_cast<std::uintptr_t>(text_) +
-                            (std::uintptr_t{1} << 36)));
-    }
-    std::basic_string<Char> Written() const {
-      const Char* const end = this->pptr();
-      return {text_, end};
-    }
+// A buffer of the caller's own may watch how it is given its text: a tee, a
+// counter, one that takes a text whole or not at all.
 
-   private:
-    Char text_[64];
-  };
-  this->Set("a", "k", "v");
-  Endless buffer;
+// Tells each text that `Buffer` is given, and refuses those that go beyond
+// `capacity`.
+template <class Buffer>
+class Watched : public Buffer {
+ public:
+  using Char = typename Buffer::char_type;
+
+  explicit Watched(std::size_t capacity = kNever) : capacity_(capacity) {}
+
+  // The characters that a caller may put here without a word.
+  void SetArea(std::basic_string<Char>& area) {
+    this->setp(area.data(), area.data() + area.size());
+  }
+  std::string Seen() const {
+    return seen_ + " unseen:" + std::to_string(this->pptr() - this->pbase());
+  }
+
+ protected:
+  std::streamsize xsputn(const Char* text, std::streamsize size) override {
+    const std::basic_string<Char> given(text, static_cast<std::size_t>(size));
+    if (given.size() > capacity_) {
+      seen_ += '!';
+      return 0;
+    }
+    capacity_ -= given.size();
+    seen_ += '(' + Shown(given) + ')';
+    return size;
+  }
+
+ private:
+  std::string seen_;
+  std::size_t capacity_;
+};
+
+template <class Char, class Buffer, class File>
+std::string SeenBy(Buffer& buffer, File& file) {
   std::basic_ostream<Char> output(&buffer);
-  output << this->file_;
-  EXPECT_EQ(Shown(buffer.Written()), "[a]\\a;k=v\\a;");
+  file.Save(output);
+  return buffer.Seen() + Shown(output.rdstate());
+}
+
+TYPED_TEST(IniWriter, ACallersBufferIsGivenEachLineAndEachLineFeedWhole) {
+  using Char = typename TypeParam::Char;
+  this->Set("a", "k", "v");
+  this->Set("a", "l", "");
+  Watched<std::basic_streambuf<Char>> buffer;
+  EXPECT_EQ(SeenBy<Char>(buffer, this->file_),
+            "([a])(\\a;)(k=v)(\\a;)(l=)(\\a;) unseen:0");
+}
+
+TYPED_TEST(IniWriter, NothingPassesByACallersBufferThatHasRoom) {
+  using Char = typename TypeParam::Char;
+  this->Set("a", "k", "v");
+  std::basic_string<Char> area(1000, Char{});
+  Watched<std::basic_streambuf<Char>> buffer;
+  buffer.SetArea(area);
+  EXPECT_EQ(SeenBy<Char>(buffer, this->file_),
+            "([a])(\\a;)(k=v)(\\a;) unseen:0");
+}
+
+TYPED_TEST(IniWriter, NothingPassesByAnHeirOfAStandardBuffer) {
+  using Char = typename TypeParam::Char;
+  this->Set("a", "k", "v");
+  std::basic_string<Char> area(1000, Char{});
+  Watched<std::basic_stringbuf<Char>> string_buffer;
+  string_buffer.SetArea(area);
+  EXPECT_EQ(SeenBy<Char>(string_buffer, this->file_),
+            "([a])(\\a;)(k=v)(\\a;) unseen:0");
+  Watched<std::basic_filebuf<Char>> file_buffer;
+  file_buffer.SetArea(area);
+  EXPECT_EQ(SeenBy<Char>(file_buffer, this->file_),
+            "([a])(\\a;)(k=v)(\\a;) unseen:0");
+}
+
+TYPED_TEST(IniWriter, ABufferThatTakesAllOrNothingHoldsWhatInsertionsLeave) {
+  using Char = typename TypeParam::Char;
+  PlainIni<Char> plain;
+  for (const auto& [key, value] :
+       {std::pair{"k", "v"}, {"a longer name", "a longer value"}, {"z", ""}}) {
+    this->Set("a", key, value);
+    plain.Set("a"_t, Ascii(key), Ascii(value));
+  }
+  const std::size_t whole = this->Saved().size();
+  for (std::size_t capacity = 0; capacity <= whole; ++capacity) {
+    Watched<std::basic_streambuf<Char>> buffer(capacity);
+    Watched<std::basic_streambuf<Char>> plain_buffer(capacity);
+    EXPECT_EQ(SeenBy<Char>(buffer, this->file_),
+              SeenBy<Char>(plain_buffer, plain));
+  }
+}
+
+// The standard library's own buffers, at whose room the writer helps itself.
+
+struct Settings {
+  std::size_t block = 1000;
+  int width = 0;
+  bool tied = false;
+  std::ios_base::fmtflags flags{};
+  std::ios_base::iostate state = std::ios_base::goodbit;
+};
+
+// Saves to a file and tells what the file has before the buffer is flushed, and
+// after.
+template <class Char, class File>
+std::string SeenInFile(File& file, const std::string& path,
+                       const Settings& settings) {
+  std::basic_string<Char> block(settings.block, Char{});
+  std::basic_filebuf<Char> buffer;
+  buffer.pubsetbuf(block.data(), static_cast<std::streamsize>(block.size()));
+  EXPECT_NE(buffer.open(path, std::ios_base::out | std::ios_base::binary),
+            nullptr);
+  std::basic_ostream<Char> output(&buffer);
+  LimitedOutput<Char> tied_buffer;
+  std::basic_ostream<Char> tied(&tied_buffer);
+  if (settings.tied) output.tie(&tied);
+  output.width(settings.width);
+  output.setf(settings.flags);
+  output.setstate(settings.state);
+  file.Save(output);
+  const auto bytes = [&] {
+    return path == "/dev/full" ? std::string() : BytesOf(path);
+  };
+  std::string seen = bytes() + Shown(output.rdstate());
+  output.flush();
+  seen += " flushed: " + bytes() + Shown(output.rdstate());
+  return seen + " flushes:" + std::to_string(tied_buffer.flushes());
+}
+
+TYPED_TEST(IniWriter, AFileGetsAndTellsWhatItDoesOfInsertions) {
+  using Char = typename TypeParam::Char;
+  const Folder folder;
+  PlainIni<Char> plain;
+  for (const auto& [section, key, value] :
+       {std::tuple{"a", "k", "v"},
+        {"a", "l", ""},
+        {"", "", ""},
+        {"b", "a longer name", "a value of some length"}}) {
+    this->Set(section, key, value);
+    plain.Set(Ascii(section), Ascii(key), Ascii(value));
+  }
+  for (const std::string& path : {folder / "a.ini", std::string("/dev/full")}) {
+    for (std::size_t block = 0; block < 80; ++block) {
+      ASSERT_EQ(SeenInFile<Char>(this->file_, path, {block}),
+                SeenInFile<Char>(plain, path, {block}))
+          << path << ", block of " << block;
+    }
+    for (const Settings& settings :
+         {Settings{1000, 6},
+          {1000, 0, true},
+          {1000, 0, false, std::ios_base::unitbuf},
+          {1000, 0, false, {}, std::ios_base::eofbit},
+          {1000, 0, false, {}, std::ios_base::failbit},
+          {1000, 0, false, {}, std::ios_base::badbit}}) {
+      EXPECT_EQ(SeenInFile<Char>(this->file_, path, settings),
+                SeenInFile<Char>(plain, path, settings));
+    }
+  }
+}
+
+// A file's buffer hands long texts to the file at once.
+TYPED_TEST(IniWriter, LongLinesReachAFileWhenInsertionsWould) {
+  using Char = typename TypeParam::Char;
+  const Folder folder;
+  for (std::size_t size = 1015; size < 1030; ++size) {
+    const std::string value(size, 'v');
+    PlainIni<Char> plain;
+    this->Set("a", "k", value);
+    plain.Set("a"_t, "k"_t, Ascii(value));
+    for (const std::string& path :
+         {folder / "a.ini", std::string("/dev/full")}) {
+      ASSERT_EQ(SeenInFile<Char>(this->file_, path, {5000}),
+                SeenInFile<Char>(plain, path, {5000}))
+          << path << ", value of " << size;
+    }
+  }
+}
+
+TYPED_TEST(IniWriter, AStringStreamGetsWhatItDoesOfInsertions) {
+  using Char = typename TypeParam::Char;
+  PlainIni<Char> plain;
+  for (int i = 0; i < 100; ++i) {
+    const std::string text(static_cast<std::size_t>(i * 37 % 90), 'x');
+    this->Set(text, std::to_string(i), text);
+    plain.Set(Ascii(text), Ascii(std::to_string(i)), Ascii(text));
+  }
+  const auto written = [](auto& file, std::ios_base::openmode mode,
+                          std::string_view before) {
+    std::basic_ostringstream<Char> output(Text<Char>(before), mode);
+    file.Save(output);
+    return Shown(output.str()) + Shown(output.rdstate());
+  };
+  for (const std::string_view before :
+       {"", "longer than the first lines are"}) {
+    for (const auto mode :
+         {std::ios_base::out, std::ios_base::out | std::ios_base::ate,
+          std::ios_base::out | std::ios_base::in}) {
+      EXPECT_EQ(written(this->file_, mode, before),
+                written(plain, mode, before));
+    }
+  }
 }
 
 TYPED_TEST(IniWriter, LongTextsAreWrittenWhole) {
