@@ -1,8 +1,6 @@
 #ifndef KORVAN_INI_NAMED_NODES_H_
 #define KORVAN_INI_NAMED_NODES_H_
 
-#include <korvan/text.h>
-
 #include <algorithm>
 #include <climits>
 #include <iterator>
@@ -22,11 +20,18 @@ namespace korvan::ini {
 template <class Nodes>
 using NodeOf = std::remove_pointer_t<typename Nodes::mapped_type>;
 
-/// Names lose these at both ends, and nothing else.
+/// Names lose blanks and tabs at both ends, and nothing else. Every operation
+/// comes through here, mostly with nothing to lose: then it looks at two
+/// characters, where Trim would first have to be given a string of the set.
 template <class String>
 void TrimName(String& name) {
-  static constexpr typename String::value_type kBlanks[] = {' ', '\t', '\0'};
-  Trim(name, kBlanks);
+  const auto is_blank = [](typename String::value_type character) {
+    return character == ' ' || character == '\t';
+  };
+  name.erase(std::find_if_not(name.rbegin(), name.rend(), is_blank).base(),
+             name.end());
+  name.erase(name.begin(),
+             std::find_if_not(name.begin(), name.end(), is_blank));
 }
 
 /// Whether a name belongs between the entry before `place` and the one at it,

@@ -1,4 +1,5 @@
 #include <korvan/ini_file.h>
+#include <korvan/text.h>
 #include <rapidcheck.h>
 
 #include <tuple>
@@ -104,6 +105,29 @@ TYPED_TEST(IniEditingModel, AnySequenceDoesWhatThePlainWayDoes) {
       Do<TypeParam>(step, file, plain);
       RC_ASSERT(ContentOf(file) == ContentOf(plain));
     }
+  });
+  EXPECT_TRUE(holds);
+}
+
+TYPED_TEST(IniEditingModel, NamesLoseWhatTrimTakesAtEveryDoor) {
+  using String = std::basic_string<typename TypeParam::Char>;
+  const bool holds = rc::check([] {
+    const String name = Ascii(*rc::gen::container<std::string>(
+        rc::gen::element(' ', '\t', '\0', '\n', '\r', '\v', 'a', 'b')));
+    String trimmed = name;
+    korvan::Trim(trimmed, " \t"_t);
+    typename TypeParam::File file;
+    auto* const section = file.AddSection(name);
+    RC_ASSERT(section->GetSectionName() == trimmed);
+    RC_ASSERT(file.GetSection(name) == section);
+    auto* const key = section->AddKey("a name that none of these is"_t);
+    RC_ASSERT(key->SetKeyName(name));
+    RC_ASSERT(key->GetKeyName() == trimmed);
+    RC_ASSERT(section->GetKey(name) == key);
+    section->RemoveKey(name);
+    RC_ASSERT(section->GetKeys().empty());
+    file.RemoveSection(name);
+    RC_ASSERT(file.GetSections().empty());
   });
   EXPECT_TRUE(holds);
 }
