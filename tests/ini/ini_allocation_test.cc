@@ -230,6 +230,22 @@ TYPED_TEST(IniAllocation, IsNotNeededForSkippedLinesThatTheBufferHolds) {
   EXPECT_EQ(Shown(input.rdstate()), " eof fail");
 }
 
+// A line that a buffer cuts is gathered piece by piece. Gathering a value costs
+// no more than gathering a line that is skipped: it is not copied after.
+TYPED_TEST(IniAllocation, IsDoneForALongValueOnlyToGatherIt) {
+  const auto calls_to_load = [](const std::string& text) {
+    PiecewiseInput<typename TypeParam::Char> buffer(Ascii(text), {100}, kNever);
+    std::basic_istream<typename TypeParam::Char> input(&buffer);
+    typename TypeParam::File file;
+    const long calls = NewCalls();
+    input >> file;
+    return NewCalls() - calls;
+  };
+  const std::string value(50000, 'v');
+  EXPECT_EQ(calls_to_load("[s]\n[k=" + value + "\r\n"),
+            calls_to_load("[s]\n[k=\n#" + value + "\r\n"));
+}
+
 TYPED_TEST(IniAllocation, IsNotNeededToWriteWhereAStandardBufferHasRoom) {
   using Char = typename TypeParam::Char;
   typename TypeParam::File file;
