@@ -112,8 +112,9 @@ class Reader {
     if (!std::getline(input, value)) {
       return false;
     }
-    const std::size_t last = value.find_last_not_of(kWhite);
-    if (last != String::npos && value[last] == ']') {
+    if (View(value)
+            .substr(0, value.find_last_not_of(kWhite) + 1)
+            .ends_with(']')) {
       Enter(name + Char{'='} + value);
     } else {
       RTrim(value, kLineEnds);

@@ -295,27 +295,40 @@ TYPED_TEST(IniReader, WhatComesAfterATerminalsEndIsReadByTheNextLoad) {
   EXPECT_EQ(ContentOf(this->file_), "Main{[k=v}");
 }
 
+// A stream may widen the line feed to any character.
+template <class Char>
+class Semicolon : public std::ctype<Char> {
+ protected:
+  Char do_widen(char character) const override {
+    return character == '\n' ? Char{';'}
+                             : std::ctype<Char>::do_widen(character);
+  }
+  const char* do_widen(const char* low, const char* high,
+                       Char* to) const override {
+    for (; low != high; ++low, ++to) *to = do_widen(*low);
+    return high;
+  }
+};
+
 TYPED_TEST(IniReader, LinesEndAtTheStreamsOwnLineFeed) {
   using Char = typename TypeParam::Char;
-  // A stream may widen the line feed to any character.
-  class Semicolon : public std::ctype<Char> {
-   protected:
-    Char do_widen(char character) const override {
-      return character == '\n' ? Char{';'}
-                               : std::ctype<Char>::do_widen(character);
-    }
-    const char* do_widen(const char* low, const char* high,
-                         Char* to) const override {
-      for (; low != high; ++low, ++to) *to = do_widen(*low);
-      return high;
-    }
-  };
   for (const std::size_t size : {std::size_t{100}, std::size_t{3}}) {
     PiecewiseInput<Char> buffer("[a];[b]\n;[k=1\n2\n;[c]"_t, {size}, kNever);
     std::basic_istream<Char> input(&buffer);
-    input.imbue(std::locale(std::locale::classic(), new Semicolon));
+    input.imbue(std::locale(std::locale::classic(), new Semicolon<Char>));
     input >> this->file_;
     EXPECT_EQ(ContentOf(this->file_), "a{} b{[k=1\\a;2} c{}");
+  }
+}
+
+TYPED_TEST(IniReader, ALineFeedThatEndsNoLineIsStillBlankAfterAHeader) {
+  using Char = typename TypeParam::Char;
+  for (const std::size_t size : {100u, 6u, 1u}) {
+    PiecewiseInput<Char> buffer("[a]\n ;[k=1\n ;[l=2]\n ;"_t, {size}, kNever);
+    std::basic_istream<Char> input(&buffer);
+    input.imbue(std::locale(std::locale::classic(), new Semicolon<Char>));
+    input >> this->file_;
+    EXPECT_EQ(ContentOf(this->file_), "a]\\a;{[k=1\\a; } l=2]\\a;{}") << size;
   }
 }
 
