@@ -25,8 +25,8 @@ class PutArea : private std::basic_streambuf<Char> {
   using Buffer = std::basic_streambuf<Char>;
   using View = std::basic_string_view<Char>;
 
-  /// Whether a buffer is one of the standard library's own. To a class that
-  /// overrides what these do, it shows what passes it by.
+  /// Whether a buffer is one of the standard library's own. A class derived
+  /// from these may override what they do, and would miss what passes it by.
   static bool IsOpenTo(const Buffer& buffer) {
     return typeid(buffer) == typeid(std::basic_stringbuf<Char>) ||
            typeid(buffer) == typeid(std::basic_filebuf<Char>);

@@ -1,5 +1,6 @@
 #include <korvan/ini_file.h>
 
+#include <fstream>
 #include <functional>
 
 #include "ini/hostile_buffers.h"
@@ -233,8 +234,10 @@ TYPED_TEST(IniAllocation, IsNotNeededForSkippedLinesThatTheBufferHolds) {
 // A line that a buffer cuts is gathered piece by piece. Gathering a value costs
 // no more than gathering a line that is skipped: it is not copied after.
 TYPED_TEST(IniAllocation, IsDoneForALongValueOnlyToGatherIt) {
-  const auto calls_to_load = [](const std::string& text) {
-    PiecewiseInput<typename TypeParam::Char> buffer(Ascii(text), {100}, kNever);
+  const auto calls_to_load = [](const std::string& text,
+                                std::size_t first_piece) {
+    PiecewiseInput<typename TypeParam::Char> buffer(
+        Ascii(text), {first_piece, 100, 100, 100, 100}, kNever);
     std::basic_istream<typename TypeParam::Char> input(&buffer);
     typename TypeParam::File file;
     const long calls = NewCalls();
@@ -242,8 +245,12 @@ TYPED_TEST(IniAllocation, IsDoneForALongValueOnlyToGatherIt) {
     return NewCalls() - calls;
   };
   const std::string value(50000, 'v');
-  EXPECT_EQ(calls_to_load("[s]\n[k=" + value + "\r\n"),
-            calls_to_load("[s]\n[k=\n#" + value + "\r\n"));
+  // One character of the value is enough to begin with.
+  for (const std::size_t first_piece : {8u, 9u, 100u}) {
+    EXPECT_EQ(calls_to_load("[s]\n[k=" + value + "\r\n", first_piece),
+              calls_to_load("[s]\n[k=\n#" + value + "\r\n", first_piece))
+        << first_piece;
+  }
 }
 
 TYPED_TEST(IniAllocation, IsNotNeededToWriteWhereAStandardBufferHasRoom) {
@@ -259,6 +266,16 @@ TYPED_TEST(IniAllocation, IsNotNeededToWriteWhereAStandardBufferHasRoom) {
   output << file;
   EXPECT_EQ(NewCalls(), calls);
   EXPECT_EQ(Shown(output.str()), Shown(expected.str()) + '.');
+
+  std::basic_string<Char> block(size + 10, Char{});
+  std::basic_filebuf<Char> buffer;
+  buffer.pubsetbuf(block.data(), static_cast<std::streamsize>(block.size()));
+  ASSERT_NE(buffer.open("/dev/null", std::ios_base::out), nullptr);
+  std::basic_ostream<Char> file_output(&buffer);
+  file_output << Char{'.'};  // now the buffer has its room
+  const long calls_before_file = NewCalls();
+  file_output << file;
+  EXPECT_EQ(NewCalls(), calls_before_file);
 }
 
 TYPED_TEST(IniAllocation, ForTheLinesOfOtherBuffersIsDoneOnce) {
