@@ -305,6 +305,7 @@ std::string SeenInFile(File& file, const std::string& path,
   EXPECT_NE(buffer.open(path, std::ios_base::out | std::ios_base::binary),
             nullptr);
   std::basic_ostream<Char> output(&buffer);
+  output << Char{'.'};  // now the buffer has its room
   LimitedOutput<Char> tied_buffer;
   std::basic_ostream<Char> tied(&tied_buffer);
   if (settings.tied) output.tie(&tied);
