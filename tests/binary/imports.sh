@@ -1,7 +1,7 @@
 #!/bin/sh
 # imports.sh LIBRARY ALLOWED_LIBRARY...
 # Fails when LIBRARY needs a shared object other than the allowed ones, or
-# lacks the stack protector.
+# lacks the stack protector or the fortified calls of the C library.
 set -eu
 export LC_ALL=C
 library=$1
@@ -17,4 +17,6 @@ done
 imported=$(readelf -W --dyn-syms "$library")
 printf '%s\n' "$imported" | grep -q 'UND.*__stack_chk_fail' ||
   { echo "has no stack protector"; failed=1; }
+printf '%s\n' "$imported" | grep -q 'UND.*_chk@' ||
+  { echo "calls nothing fortified"; failed=1; }
 exit $failed
