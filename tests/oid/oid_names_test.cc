@@ -320,6 +320,14 @@ TEST_F(OidNames, AnyTextCanBeGivenToTheOnlyRecordOfAGroup) {
   EXPECT_EQ(ByName(L"All issuance policies", 8), nullptr);
 }
 
+TEST_F(OidNames, ATextAsLongAsTheOneItReplacesIsAnotherAllTheSame) {
+  COidData& record = oid_registry[7].rgRecords[0];
+  ASSERT_EQ(ByName(L"All issuance policies", 8), &record);
+  const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
+  InitOidInfoWorker(record, 8023);
+  EXPECT_EQ(ByName(L"Unstructured Addresss", 8), &record);
+}
+
 TEST_F(OidNames, AnyTextCanBeGivenToARecordThatCleanupLeftWithoutAName) {
   COidData& record = oid_registry[7].rgRecords[0];
   ASSERT_EQ(ByName(L"All issuance policies", 8), &record);
