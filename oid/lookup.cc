@@ -7,7 +7,6 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
-#include <functional>
 #include <optional>
 
 #include "oid/index.h"

@@ -5,7 +5,6 @@
 #include <korvan/oid_info.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
