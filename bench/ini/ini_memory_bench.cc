@@ -28,7 +28,9 @@ std::size_t SizeOf(void* block) {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Kept out of line: where one of a pair is inlined and the other is not, the
+// compiler takes them for mismatched.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   void* const block = std::malloc(size);
   if (block == nullptr) {
     throw std::bad_alloc();
@@ -38,7 +40,7 @@ void* operator new(std::size_t size) {
   return block;
 }
 
-void operator delete(void* block) noexcept {
+[[gnu::noinline]] void operator delete(void* block) noexcept {
   if (block != nullptr) {
     held -= SizeOf(block);
     std::free(block);
