@@ -75,10 +75,10 @@ bool HasPair(const COidData& record, AlgidPair pair) {
 }
 
 // The plain search: record after record, loading names on the way when the key
-// is a name.
+// is a name. Like every search it hands out a record with its name resolved.
 COidData* Walk(COidData* records, int count, unsigned int key_type, void* key) {
   for (COidData* record = records; count > 0; ++record, --count) {
-    if (MatchOidInfo(*record, key_type, key)) return record;
+    if (MatchOidInfo(*record, key_type, key)) return &Resolved(*record);
   }
   return nullptr;
 }
@@ -90,7 +90,7 @@ COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, Range rows,
                       IsWanted is_wanted) {
   for (std::uint32_t row = index.First(key); row < rows.end;
        row = index.Next(row)) {
-    if (row >= rows.begin && is_wanted(row)) return &records[row];
+    if (row >= rows.begin && is_wanted(row)) return &Resolved(records[row]);
   }
   return nullptr;
 }
@@ -167,12 +167,6 @@ COidData* FindInRegistry(Range rows, unsigned int key_type, void* key) {
   }
 }
 
-// Every record that is handed out has its name resolved.
-COidData* Resolved(COidData* record) {
-  if (record != nullptr) ResolvedName(*record);
-  return record;
-}
-
 }  // namespace
 }  // namespace oid
 
@@ -182,7 +176,7 @@ bool MatchOidInfo(COidData& record, unsigned int dwKeyType, void* pvKey) {
     case CRYPT_OID_INFO_OID_KEY:
       return oid::HasOid(record, static_cast<const char*>(pvKey));
     case CRYPT_OID_INFO_NAME_KEY:
-      return oid::IsNamed(oid::ResolvedName(record),
+      return oid::IsNamed(oid::NameOf(oid::Resolved(record)),
                           static_cast<const wchar_t*>(pvKey));
     case CRYPT_OID_INFO_ALGID_KEY:
       return record.Algid == oid::Read<ALG_ID>(pvKey);
@@ -198,20 +192,17 @@ COidData* FindOIDInfoInternal(const OID_TABLE_INFO& table,
   if (pvKey == nullptr || table.rgRecords == nullptr) return nullptr;
   for (std::size_t i = 0; i < oid::kGroupCount; ++i) {
     if (&table == &oid_registry[i]) {
-      return oid::Resolved(
-          oid::FindInRegistry(oid::kGroups[i].rows, dwKeyType, pvKey));
+      return oid::FindInRegistry(oid::kGroups[i].rows, dwKeyType, pvKey);
     }
   }
-  return oid::Resolved(
-      oid::Walk(table.rgRecords, table.cRecords, dwKeyType, pvKey));
+  return oid::Walk(table.rgRecords, table.cRecords, dwKeyType, pvKey);
 }
 
 COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
                               unsigned int dwGroupId) {
   const DWORD group = dwGroupId & ~CRYPT_OID_DISABLE_SEARCH_DS_FLAG;
   if (pvKey == nullptr || group > oid::kHighestGroupId) return nullptr;
-  return oid::Resolved(
-      oid::FindInRegistry(oid::kRowsByGroupId[group], dwKeyType, pvKey));
+  return oid::FindInRegistry(oid::kRowsByGroupId[group], dwKeyType, pvKey);
 }
 
 COidData* FindOIDInfo(unsigned int dwKeyType, void* pvKey,

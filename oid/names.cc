@@ -122,10 +122,10 @@ void LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
 
 }  // namespace
 
-LPCWSTR LoadedName(COidData& record, LPCWSTR name) {
-  LoadName(record, name,
-           static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(name)));
-  return NameOf(record);
+COidData& Loaded(COidData& record, LPCWSTR number) {
+  LoadName(record, number,
+           static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(number)));
+  return record;
 }
 
 bool AreNamesSettled(Range rows) {

@@ -23,14 +23,14 @@ inline bool IsTextNumber(LPCWSTR name) {
   return value != 0 && value < 0x10000;
 }
 
-// Puts the text `number` in the place of that number, `name`, and returns what
-// the record then holds; may be null.
-LPCWSTR LoadedName(COidData& record, LPCWSTR name);
+// Puts the text whose number is the record's name, `number`, in the place of
+// that number, or null where there is none to be had.
+COidData& Loaded(COidData& record, LPCWSTR number);
 
-// The record's name, loaded first when it is still a number. May be null.
-inline LPCWSTR ResolvedName(COidData& record) {
+// The record with its name loaded if it was still a number.
+inline COidData& Resolved(COidData& record) {
   const LPCWSTR name = NameOf(record);
-  return IsTextNumber(name) ? LoadedName(record, name) : name;
+  return IsTextNumber(name) ? Loaded(record, name) : record;
 }
 
 // Whether the name of each row in `rows` is settled: it is the one that the

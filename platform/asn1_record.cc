@@ -151,12 +151,21 @@ IdentObj& IdentObj::operator=(const IdentObj& other) {
 IdentObj::~IdentObj() { delete[] heap_; }
 
 void IdentObj::Assign(const void* bytes, unsigned int count) {
-  // The bytes may be this buffer's own: they go only when they are copied.
+  if (heap_ != nullptr || count > sizeof(room_) - kHeaderRoom) {
+    return AssignElsewhere(bytes, count);
+  }
+  data = room_ + kHeaderRoom;
+  length = count;
+  Copy(data, bytes, count);
+}
+
+void IdentObj::AssignElsewhere(const void* bytes, unsigned int count) {
   unsigned char* const heap =
       count <= sizeof(room_) - kHeaderRoom
           ? nullptr
           : new unsigned char[std::size_t{kHeaderRoom} + count];
   unsigned char* const place = (heap == nullptr ? room_ : heap) + kHeaderRoom;
+  // The bytes may be this buffer's own: they go only when they are copied.
   Copy(place, bytes, count);
   delete[] heap_;
   heap_ = heap;

@@ -59,6 +59,8 @@ class KORVAN_API IdentObj {
   static constexpr unsigned int kHeaderRoom = 16;
 
   void Assign(const void* bytes, unsigned int count);
+  // Leaves the heap, or goes there.
+  void AssignElsewhere(const void* bytes, unsigned int count);
 
   unsigned char* heap_;  // where the bytes stand if not in `room_`, or null
   unsigned char room_[kHeaderRoom + 528];
