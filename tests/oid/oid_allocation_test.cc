@@ -25,6 +25,11 @@ TEST(OidAllocation, ANameTakesOneAllocation) {
   EXPECT_EQ(LiveBlocks() - live, 1);
 }
 
+TEST(OidAllocation, ANameTakesItsCharactersAndATerminator) {
+  ASSERT_NE(FindOIDInfo(1, gost2001, 3), nullptr);
+  EXPECT_EQ(LastNewSize(), sizeof(gost2001_name));
+}
+
 TEST(OidAllocation, ResolvedRecordsAreFoundWithoutAny) {
   wchar_t missing[] = L"no such name";
   FindOIDInfo(2, missing, 0);

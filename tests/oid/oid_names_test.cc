@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/platform/last_error.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <clocale>
 #include <cstdint>
@@ -52,6 +54,20 @@ class OidNames : public testing::Test {
   }
   static COidData* ByName(std::wstring name, unsigned int group) {
     return FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, &name[0], group);
+  }
+
+  static COidData& Row(int row) {
+    return *RegistryRows()[static_cast<std::size_t>(row)];
+  }
+
+  // Whether `holds` does in a process of its own, on a registry that is as
+  // this process has it.
+  template <class Holds>
+  static bool Apart(Holds holds) {
+    const pid_t child = fork();
+    if (child == 0) _exit(holds() ? 0 : 1);
+    int status = -1;
+    return waitpid(child, &status, 0) == child && status == 0;
   }
 
   const std::set<int> all_ = RowsThatHoldTextNumbers();
@@ -125,6 +141,22 @@ TEST_F(OidNames, ASearchByNameThatFindsNothingLoadsTheWholeGroup) {
 TEST_F(OidNames, ASearchByNameThatFindsNothingAnywhereLoadsEveryName) {
   EXPECT_EQ(ByName(L"no such name", 0), nullptr);
   EXPECT_EQ(Loaded(), all_);
+}
+
+TEST_F(OidNames, ASearchLoadsTheLastNameThatIsLeftWhicheverItIs) {
+  wchar_t other[] = L"other";
+  for (const int left : all_) {
+    EXPECT_TRUE(Apart([&] {
+      for (const int row : all_) {
+        if (row != left) {
+          MatchOidInfo(Row(row), CRYPT_OID_INFO_NAME_KEY, other);
+        }
+      }
+      return Loaded().size() == all_.size() - 1 &&
+             ByName(L"no such name", 0) == nullptr && Loaded() == all_;
+    })) << "row "
+        << left;
+  }
 }
 
 TEST_F(OidNames, AnOverlongNameLoadsLikeAnyOther) {
@@ -355,6 +387,23 @@ TEST_F(OidNames, AnotherRowsTextGivenToAnEarlierRecordWins) {
   InitOidInfoWorker(earlier, 8533);
   EXPECT_EQ(ByName(L"Lifetime Signing", 7), &earlier);
   EXPECT_EQ(ByName(L"Lifetime Signing", 0), &earlier);
+}
+
+TEST_F(OidNames, AnotherRowsTextGivenToAnyEarlierRecordWins) {
+  const COidData& last = oid_registry[7].rgRecords[0];
+  const auto number = static_cast<unsigned int>(
+      reinterpret_cast<std::uintptr_t>(last.pwszName));
+  ByName(L"no such name", 0);
+  for (const int row : all_) {
+    EXPECT_TRUE(Apart([&] {
+      COidData& record = Row(row);
+      const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
+      InitOidInfoWorker(record, number);
+      return ByName(L"All issuance policies", 0) ==
+             (row < FirstRowOf(8) ? &record : &last);
+    })) << "row "
+        << row;
+  }
 }
 
 TEST_F(OidNames, AMissingTextGivenToARecordTakesItsName) {

@@ -13,6 +13,7 @@
 namespace {
 
 std::string text;
+bool reports_none = false;
 
 using korvan::COidData;
 
@@ -36,6 +37,13 @@ TEST(OidStrangeText, ThatTheLocaleCanNotConvertLeavesNoName) {
   ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
   COidData record;
   EXPECT_EQ(NameMadeOf("abc\xFF", record), nullptr);
+  EXPECT_EQ(record.dwOidFlags, 2u);
+}
+
+TEST(OidStrangeText, ThatIsReportedAsNoneIsNone) {
+  reports_none = true;
+  COidData record;
+  EXPECT_EQ(NameMadeOf("written all the same", record), nullptr);
   EXPECT_EQ(record.dwOidFlags, 2u);
 }
 
@@ -72,5 +80,5 @@ int LoadString_korvan(void*, unsigned int, char* buffer, int size) {
   const int length = static_cast<int>(text.size());
   const int copied = length < size ? length : size;
   std::memcpy(buffer, text.data(), static_cast<std::size_t>(copied));
-  return copied;
+  return reports_none ? 0 : copied;
 }

@@ -7,6 +7,7 @@
 namespace {
 
 thread_local long calls = 0;
+thread_local std::size_t last_size = 0;
 thread_local long successes_left = -1;  // negative: nothing fails
 thread_local bool failed = false;
 thread_local void (*before_each)() = nullptr;
@@ -14,6 +15,7 @@ std::atomic<long> live{0};
 
 void* Allocate(std::size_t size) {
   ++calls;
+  last_size = size;
   if (before_each != nullptr) before_each();
   if (successes_left == 0) {
     failed = true;
@@ -45,6 +47,7 @@ PausingNew::PausingNew(void (*pause)()) { before_each = pause; }
 PausingNew::~PausingNew() { before_each = nullptr; }
 
 long NewCalls() { return calls; }
+std::size_t LastNewSize() { return last_size; }
 long LiveBlocks() { return live; }
 
 void* operator new(std::size_t size) { return Allocate(size); }

@@ -1,6 +1,8 @@
 #ifndef KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
 #define KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
 
+#include <cstddef>
+
 // A program that is linked with failing_new.cc can make `new` fail, anywhere
 // in the process, and count what is allocated by it.
 
@@ -29,6 +31,9 @@ class PausingNew {
 
 // Allocations of this thread by `new` since the program started.
 long NewCalls();
+
+// The bytes that the last of them asked for.
+std::size_t LastNewSize();
 
 // Blocks from `new` that are not yet freed, of all threads.
 long LiveBlocks();
