@@ -1,9 +1,6 @@
 #ifndef KORVAN_INI_READER_H_
 #define KORVAN_INI_READER_H_
 
-#include <korvan/text.h>
-
-#include <algorithm>
 #include <cstddef>
 #include <istream>
 #include <streambuf>
@@ -65,6 +62,12 @@ class Reader {
     return Traits::eq_int_type(Traits::to_int_type(character), Traits::eof());
   }
 
+  /// What comes before the first such character, if there can be one.
+  static View BeforeEndOfText(View text) {
+    constexpr Char kEnd = Traits::to_char_type(Traits::eof());
+    return IsEndOfText(kEnd) ? text.substr(0, text.find(kEnd)) : text;
+  }
+
   /// Reads the lines that lie whole in the stream's buffer.
   ///
   /// @return the piece that the buffer has of the next line; empty where
@@ -75,20 +78,29 @@ class Reader {
       return {};
     }
     const Char line_feed = input.widen('\n');
-    while (true) {
-      const View area = GetArea<Char>::Of(*input.rdbuf());
-      if (area.empty() || IsEndOfText(area.front())) {
-        return {};
+    View rest = BeforeEndOfText(GetArea<Char>::Of(*input.rdbuf()));
+    const Char* taken = rest.data();
+    const auto take = [&] {
+      GetArea<Char>::Take(*input.rdbuf(),
+                          static_cast<std::size_t>(rest.data() - taken));
+      taken = rest.data();
+    };
+    std::size_t size = 0;
+    while ((size = rest.find(line_feed)) != View::npos) {
+      // Only a line with a bracket in it can be more than skipped.
+      if (const std::size_t bracket = rest.find('['); bracket > size) {
+        rest.remove_prefix(rest.rfind(line_feed, bracket) + 1);
+        continue;
       }
-      const std::size_t size = area.find(line_feed);
-      if (size == View::npos) {
-        return area;
-      }
-      // First the stream moves on, then the line is entered: when that
-      // throws, the line has been read.
-      GetArea<Char>::Take(*input.rdbuf(), size + 1);
-      Enter(area.substr(0, size));
+      const View line = rest.substr(0, size);
+      rest.remove_prefix(size + 1);
+      // First the stream moves on, then the line is entered: when that throws,
+      // the line has been read.
+      take();
+      Enter(line);
     }
+    take();
+    return rest;
   }
 
   /// Reads the next line, of which the stream's buffer has but a piece, by
@@ -112,12 +124,10 @@ class Reader {
     if (!std::getline(input, value)) {
       return false;
     }
-    if (View(value)
-            .substr(0, value.find_last_not_of(kWhite) + 1)
-            .ends_with(']')) {
+    if (WithoutTrailing(IsWhite, value).ends_with(']')) {
       Enter(name + Char{'='} + value);
     } else {
-      RTrim(value, kLineEnds);
+      value.resize(WithoutTrailing(IsLineEnd, value).size());
       EnterKey(std::move(name), std::move(value));
     }
     return true;
@@ -128,12 +138,30 @@ class Reader {
     if (section_ == nullptr || !WithoutLeadingBlanks(piece).starts_with('[')) {
       return false;
     }
-    const std::size_t equals = piece.find('=');
-    return equals < piece.size() - 1 && !IsEndOfText(piece[equals + 1]);
+    return piece.find('=') < piece.size() - 1;
+  }
+
+  static bool IsBlank(Char character) {
+    return character == ' ' || character == '\t';
+  }
+  static bool IsLineEnd(Char character) {
+    return character == '\n' || character == '\r';
+  }
+  static bool IsWhite(Char character) {
+    return IsBlank(character) || IsLineEnd(character);
   }
 
   static View WithoutLeadingBlanks(View line) {
-    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+    while (!line.empty() && IsBlank(line.front())) {
+      line.remove_prefix(1);
+    }
+    return line;
+  }
+
+  static View WithoutTrailing(bool (&is_trimmed)(Char), View line) {
+    while (!line.empty() && is_trimmed(line.back())) {
+      line.remove_suffix(1);
+    }
     return line;
   }
 
@@ -142,8 +170,8 @@ class Reader {
     if (!line.starts_with('[')) {
       return;
     }
-    line = line.substr(0, line.find_last_not_of(kLineEnds) + 1);
-    if (line[line.find_last_not_of(kWhite)] == ']') {
+    line = WithoutTrailing(IsLineEnd, line);
+    if (WithoutTrailing(IsWhite, line).back() == ']') {
       // The last character goes whatever it is: "[Main] " names "Main]".
       // Existing files have such names.
       section_ = file_.AddSection(String(line.substr(1, line.size() - 2)));
@@ -158,10 +186,6 @@ class Reader {
   void EnterKey(String name, String value) {
     section_->AddKey(std::move(name))->SetValue(std::move(value));
   }
-
-  static constexpr Char kBlanks[] = {' ', '\t', '\0'};
-  static constexpr Char kLineEnds[] = {'\n', '\r', '\0'};
-  static constexpr Char kWhite[] = {' ', '\t', '\r', '\n', '\0'};
 
   File& file_;
   Section* section_ = nullptr;
