@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "ini/named_nodes.h"
+
 /// @file
 /// What a document does by the names of a section and a key, in terms of what
 /// it and its sections do by one name.
@@ -13,29 +15,30 @@ template <class File>
 using StringOf = typename File::Sections::key_type;
 
 template <class File>
-bool RenameSection(const File& file, StringOf<File> old_name,
-                   StringOf<File> new_name) {
-  auto* const section = file.GetSection(std::move(old_name));
+bool RenameSection(const File& file, StringOf<File>&& old_name,
+                   StringOf<File>&& new_name) {
+  auto* const section = Find(file.GetSections(), std::move(old_name));
   return section != nullptr && section->SetSectionName(std::move(new_name));
 }
 
 template <class File>
-auto GetKey(const File& file, StringOf<File> section_name,
-            StringOf<File> key_name) {
-  auto* const section = file.GetSection(std::move(section_name));
-  return section == nullptr ? nullptr : section->GetKey(std::move(key_name));
+auto GetKey(const File& file, StringOf<File>&& section_name,
+            StringOf<File>&& key_name) {
+  const auto* const section = Find(file.GetSections(), std::move(section_name));
+  return section == nullptr ? nullptr
+                            : Find(section->GetKeys(), std::move(key_name));
 }
 
 template <class File>
-bool RenameKey(const File& file, StringOf<File> section_name,
-               StringOf<File> old_name, StringOf<File> new_name) {
+bool RenameKey(const File& file, StringOf<File>&& section_name,
+               StringOf<File>&& old_name, StringOf<File>&& new_name) {
   auto* const key = GetKey(file, std::move(section_name), std::move(old_name));
   return key != nullptr && key->SetKeyName(std::move(new_name));
 }
 
 template <class File>
-void SetKeyValue(File& file, StringOf<File> section_name,
-                 StringOf<File> key_name, StringOf<File> value) {
+void SetKeyValue(File& file, StringOf<File>&& section_name,
+                 StringOf<File>&& key_name, StringOf<File>&& value) {
   const auto sections_before = file.GetSections().size();
   auto* const section = file.AddSection(std::move(section_name));
   try {

@@ -28,10 +28,13 @@ void TrimName(String& name) {
   const auto is_blank = [](typename String::value_type character) {
     return character == ' ' || character == '\t';
   };
-  name.erase(std::find_if_not(name.rbegin(), name.rend(), is_blank).base(),
-             name.end());
-  name.erase(name.begin(),
-             std::find_if_not(name.begin(), name.end(), is_blank));
+  while (!name.empty() && is_blank(name.back())) {
+    name.pop_back();
+  }
+  if (!name.empty() && is_blank(name.front())) {
+    name.erase(name.begin(),
+               std::find_if_not(name.begin(), name.end(), is_blank));
+  }
 }
 
 /// Whether a name belongs between the entry before `place` and the one at it,
@@ -55,7 +58,7 @@ bool BelongsAt(const Nodes& nodes, typename Nodes::const_iterator place,
 
 template <class Nodes, class Owner>
 NodeOf<Nodes>* FindOrCreate(Nodes& nodes, Owner* owner,
-                            typename Nodes::key_type name) {
+                            typename Nodes::key_type&& name) {
   TrimName(name);
   // Files mostly have their names in order, so the end is tried before the
   // tree is searched.
@@ -84,7 +87,7 @@ NodeOf<Nodes>* FindOrCreate(Nodes& nodes, Owner* owner,
 }
 
 template <class Nodes>
-NodeOf<Nodes>* Find(const Nodes& nodes, typename Nodes::key_type name) {
+NodeOf<Nodes>* Find(const Nodes& nodes, typename Nodes::key_type&& name) {
   TrimName(name);
   const auto found = nodes.find(name);
   return found == nodes.end() ? nullptr : found->second;
@@ -111,7 +114,7 @@ void RemoveAll(Nodes& nodes) {
 /// Enters `node` under a new name, and takes it from under its present one.
 template <class Nodes>
 bool Rename(Nodes& nodes, NodeOf<Nodes>* node, typename Nodes::key_type& name,
-            typename Nodes::key_type new_name) {
+            typename Nodes::key_type&& new_name) {
   TrimName(new_name);
   // All that may throw comes before the first change, or changes nothing when
   // it throws.
