@@ -81,7 +81,7 @@ Key KeyOf(const benchmark::State& state) {
 }
 
 void Keys(benchmark::internal::Benchmark* bench) {
-  bench->ArgName("key")->Arg(64)->Arg(128)->Arg(270);
+  bench->Arg(64)->Arg(128)->Arg(270);
 }
 
 std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> RsaKey(int bits) {
@@ -110,18 +110,18 @@ void KeyToBlob(benchmark::State& state) {
     std::free(blob);
   }
 }
-BENCHMARK(KeyToBlob)->Apply(Keys);
+BENCHMARK(KeyToBlob)->Name("key_to_blob/ours")->Apply(Keys);
 
-void KeyToBlob_LookupAlone(benchmark::State& state) {
+void KeyToBlobLookup(benchmark::State& state) {
   Key key = KeyOf(state);
   for (auto _ : state) {
     benchmark::DoNotOptimize(korvan::FindOIDInfo(
         CRYPT_OID_INFO_OID_KEY, key.oid.data(), CRYPT_PUBKEY_ALG_OID_GROUP_ID));
   }
 }
-BENCHMARK(KeyToBlob_LookupAlone)->Apply(Keys);
+BENCHMARK(KeyToBlobLookup)->Name("key_to_blob_lookup/ours")->Apply(Keys);
 
-void KeyToBlob_MallocAndMemcpyAlone(benchmark::State& state) {
+void KeyToBlobLimit(benchmark::State& state) {
   const Bytes blob = KeyOf(state).blob();
   for (auto _ : state) {
     std::size_t size = blob.size();
@@ -133,9 +133,9 @@ void KeyToBlob_MallocAndMemcpyAlone(benchmark::State& state) {
     std::free(copy);
   }
 }
-BENCHMARK(KeyToBlob_MallocAndMemcpyAlone)->Apply(Keys);
+BENCHMARK(KeyToBlobLimit)->Name("key_to_blob/limit")->Apply(Keys);
 
-void KeyToBlob_MbedTlsTagMallocAndMemcpy(benchmark::State& state) {
+void KeyToBlobByMbedTls(benchmark::State& state) {
   Key key = KeyOf(state);
   const int tag = key.bits.front();
   for (auto _ : state) {
@@ -155,9 +155,9 @@ void KeyToBlob_MbedTlsTagMallocAndMemcpy(benchmark::State& state) {
     std::free(copy);
   }
 }
-BENCHMARK(KeyToBlob_MbedTlsTagMallocAndMemcpy)->Apply(Keys);
+BENCHMARK(KeyToBlobByMbedTls)->Name("key_to_blob/mbedtls_tag")->Apply(Keys);
 
-void KeyToBlob_OpenSslInfoToMicrosoftBlob(benchmark::State& state) {
+void KeyToBlobByOpenSsl(benchmark::State& state) {
   const Bytes info = EncodedInfo(RsaKey(KeyOf(state).rsa_bits).get());
   for (auto _ : state) {
     const unsigned char* at = info.data();
@@ -169,9 +169,9 @@ void KeyToBlob_OpenSslInfoToMicrosoftBlob(benchmark::State& state) {
     EVP_PKEY_free(key);
   }
 }
-BENCHMARK(KeyToBlob_OpenSslInfoToMicrosoftBlob)->Apply(Keys);
+BENCHMARK(KeyToBlobByOpenSsl)->Name("key_to_blob/openssl")->Apply(Keys);
 
-void KeyToBlob_NssInfoToPublicKey(benchmark::State& state) {
+void KeyToBlobByNss(benchmark::State& state) {
   Bytes info = EncodedInfo(RsaKey(KeyOf(state).rsa_bits).get());
   SECItem item = {siBuffer, info.data(),
                   static_cast<unsigned int>(info.size())};
@@ -187,7 +187,7 @@ void KeyToBlob_NssInfoToPublicKey(benchmark::State& state) {
     SECKEY_DestroySubjectPublicKeyInfo(decoded);
   }
 }
-BENCHMARK(KeyToBlob_NssInfoToPublicKey)->Apply(Keys);
+BENCHMARK(KeyToBlobByNss)->Name("key_to_blob/nss")->Apply(Keys);
 
 // Blob to key.
 
@@ -207,9 +207,9 @@ void BlobToKey(benchmark::State& state) {
     std::free(parameters);
   }
 }
-BENCHMARK(BlobToKey)->Apply(Keys);
+BENCHMARK(BlobToKey)->Name("blob_to_key/ours")->Apply(Keys);
 
-void BlobToKey_SizesAlone(benchmark::State& state) {
+void BlobToKeySizes(benchmark::State& state) {
   const Bytes blob = KeyOf(state).blob();
   for (auto _ : state) {
     unsigned int key_size = 0;
@@ -221,9 +221,9 @@ void BlobToKey_SizesAlone(benchmark::State& state) {
     benchmark::DoNotOptimize(parameters_size);
   }
 }
-BENCHMARK(BlobToKey_SizesAlone)->Apply(Keys);
+BENCHMARK(BlobToKeySizes)->Name("blob_to_key_sizes/ours")->Apply(Keys);
 
-void BlobToKey_MallocAndMemcpyAlone(benchmark::State& state) {
+void BlobToKeyLimit(benchmark::State& state) {
   const Key key = KeyOf(state);
   const Bytes content(key.bits.size() + (state.range(0) == 270 ? 4 : 0));
   for (auto _ : state) {
@@ -240,9 +240,9 @@ void BlobToKey_MallocAndMemcpyAlone(benchmark::State& state) {
     std::free(parameters);
   }
 }
-BENCHMARK(BlobToKey_MallocAndMemcpyAlone)->Apply(Keys);
+BENCHMARK(BlobToKeyLimit)->Name("blob_to_key/limit")->Apply(Keys);
 
-void BlobToKey_OpenSslParts(benchmark::State& state) {
+void BlobToKeyByOpenSslParts(benchmark::State& state) {
   const Key key = KeyOf(state);
   const Bytes content(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) {
@@ -263,9 +263,11 @@ void BlobToKey_OpenSslParts(benchmark::State& state) {
     OPENSSL_free(parameters);
   }
 }
-BENCHMARK(BlobToKey_OpenSslParts)->Apply(Keys);
+BENCHMARK(BlobToKeyByOpenSslParts)
+    ->Name("blob_to_key/openssl_parts")
+    ->Apply(Keys);
 
-void BlobToKey_OpenSslMicrosoftBlobToInfo(benchmark::State& state) {
+void BlobToKeyByOpenSsl(benchmark::State& state) {
   const auto rsa = RsaKey(KeyOf(state).rsa_bits);
   BIO* const out = BIO_new(BIO_s_mem());
   i2b_PublicKey_bio(out, rsa.get());
@@ -285,6 +287,6 @@ void BlobToKey_OpenSslMicrosoftBlobToInfo(benchmark::State& state) {
     EVP_PKEY_free(key);
   }
 }
-BENCHMARK(BlobToKey_OpenSslMicrosoftBlobToInfo)->Apply(Keys);
+BENCHMARK(BlobToKeyByOpenSsl)->Name("blob_to_key/openssl")->Apply(Keys);
 
 }  // namespace
