@@ -85,8 +85,12 @@ class Reader {
                           static_cast<std::size_t>(rest.data() - taken));
       taken = rest.data();
     };
-    std::size_t size = 0;
-    while ((size = rest.find(line_feed)) != View::npos) {
+    while (true) {
+      const std::size_t size = rest.find(line_feed);
+      if (size == View::npos) {
+        take();
+        return rest;
+      }
       // Only a line with a bracket in it can be more than skipped.
       if (const std::size_t bracket = rest.find('['); bracket > size) {
         rest.remove_prefix(rest.rfind(line_feed, bracket) + 1);
@@ -99,8 +103,6 @@ class Reader {
       take();
       Enter(line);
     }
-    take();
-    return rest;
   }
 
   /// Reads the next line, of which the stream's buffer has but a piece, by
