@@ -168,7 +168,8 @@ TYPED_TEST(IniAllocation, ThatFailsKeepsWhatHadBeenRead) {
       "[k=another value, this one is too long to be inline\n",
       "[the second section, its name too long to be inline]\n",
       "[k=a value that is too long to be inline, once more"};
-  std::vector<std::string> states;
+  std::vector<std::string> states;    // before each line
+  std::vector<std::size_t> consumed;  // after it
   std::string text;
   for (const std::string& line : lines) {
     PlainIni<Char> plain;
@@ -176,6 +177,7 @@ TYPED_TEST(IniAllocation, ThatFailsKeepsWhatHadBeenRead) {
     plain.Load(input, false);
     states.push_back(ContentOf(plain));
     text += line;
+    consumed.push_back(text.size());
   }
   for (const auto exceptions :
        {std::ios_base::goodbit, std::ios_base::badbit}) {
@@ -206,6 +208,15 @@ TYPED_TEST(IniAllocation, ThatFailsKeepsWhatHadBeenRead) {
             EXPECT_NE(std::find(states.begin(), states.end(), content),
                       states.end())
                 << content;
+            if (!input.bad()) {
+              // The stream stands behind the line that could not be entered.
+              const auto line = std::find(consumed.begin(), consumed.end(),
+                                          buffer.Consumed());
+              ASSERT_NE(line, consumed.end());
+              EXPECT_EQ(
+                  content,
+                  states[static_cast<std::size_t>(line - consumed.begin())]);
+            }
           } else {
             EXPECT_FALSE(thrown);
             EXPECT_EQ(Shown(input.rdstate()), " eof fail");
