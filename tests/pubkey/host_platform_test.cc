@@ -32,15 +32,32 @@ TEST_F(HostPlatform, IsTheOneThatTheConversionsCall) {
 }
 
 TEST_F(HostPlatform, HasTheKeyTakenWholeWhenItsContentHasAStatus) {
-  host_faults.content_status = -1;
-  EXPECT_EQ(Convert(kGost2001, {}, kWrapped).blob,
-            ModelHeader(0x2E23, 66 * 8) + kWrapped);
+  for (const int status : {-1, 1}) {
+    host_faults.content_status = status;
+    EXPECT_EQ(Convert(kGost2001, {}, kWrapped).blob,
+              ModelHeader(0x2E23, 66 * 8) + kWrapped);
+  }
 }
 
-TEST_F(HostPlatform, HasTheKeyTakenWholeWhenItsContentIsShort) {
-  host_faults.short_content = true;
-  EXPECT_EQ(Convert(kGost2001, {}, kWrapped).blob,
-            ModelHeader(0x2E23, 66 * 8) + kWrapped);
+TEST_F(HostPlatform, HasTheKeyTakenWholeWhenItsContentIsShorterOrLonger) {
+  for (const int excess : {-1, 1}) {
+    host_faults.content_excess = excess;
+    EXPECT_EQ(Convert(kGost2001, {}, kWrapped).blob,
+              ModelHeader(0x2E23, 66 * 8) + kWrapped);
+  }
+}
+
+TEST_F(HostPlatform, HasTheKeyUnwrappedOnlyIfItTellsTwoOrThreeBytesLess) {
+  for (int size = 0; size <= 70; ++size) {
+    host_faults.content_size = size;
+    const bool is_unwrapped = size == 64 || size == 63;
+    EXPECT_EQ(Convert(kGost2001, {}, kWrapped).blob,
+              is_unwrapped
+                  ? ModelHeader(0x2E23, static_cast<unsigned int>(size) * 8) +
+                        Bytes(static_cast<std::size_t>(size), 0xCC)
+                  : ModelHeader(0x2E23, 66 * 8) + kWrapped)
+        << size;
+  }
 }
 
 TEST_F(HostPlatform, MayThrowForMalformedBytes) {

@@ -141,6 +141,9 @@ unsigned int CASNTBaseRecord::GetTag() const {
 
 unsigned int CASNTBaseRecord::GetEntrySize() const {
   Call();
+  if (host_faults.content_size >= 0) {
+    return static_cast<unsigned int>(host_faults.content_size);
+  }
   return state_->size;
 }
 
@@ -154,8 +157,12 @@ const IdentObj& CASNTBaseRecord::GetRecord(int* status) const {
   if (host_faults.content_status != 0 || state_->status != 0) {
     *status = host_faults.content_status + state_->status;
   }
-  if (host_faults.short_content && state_->content.length != 0) {
-    state_->content = IdentObj(state_->content.data, state_->size - 1);
+  if (host_faults.content_size >= 0 || host_faults.content_excess != 0) {
+    const std::vector<unsigned char> other(
+        GetEntrySize() + static_cast<unsigned int>(host_faults.content_excess),
+        0xCC);
+    state_->content =
+        IdentObj(other.data(), static_cast<unsigned int>(other.size()));
   }
   return state_->content;
 }

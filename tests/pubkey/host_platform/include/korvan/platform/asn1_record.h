@@ -47,7 +47,8 @@ struct HostFaults {
   int throw_at_call = 0;             // the nth call of all throws; 0 is none
   int content_status = 0;            // what GetRecord sets
   int encoding_status = 0;           // what GetEncodedRecord sets
-  bool short_content = false;        // GetRecord gives a byte less
+  int content_excess = 0;            // GetRecord gives so many bytes more
+  int content_size = -1;             // what GetEntrySize tells, if not negative
   int calls = 0;                     // counted
   int alive = 0;                     // buffers and records not yet destroyed
 };
