@@ -32,6 +32,7 @@ if(KORVAN_SANITIZE)
   target_compile_options(korvan_build_flags INTERFACE
     -fsanitize=${KORVAN_SANITIZE} -fno-sanitize-recover=all
     -fno-omit-frame-pointer)
+  target_compile_definitions(korvan_build_flags INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(korvan_build_flags INTERFACE
     -fsanitize=${KORVAN_SANITIZE})
 endif()

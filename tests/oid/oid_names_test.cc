@@ -153,7 +153,8 @@ TEST_F(OidNames, ASearchLoadsTheLastNameThatIsLeftWhicheverItIs) {
         }
       }
       return Loaded().size() == all_.size() - 1 &&
-             ByName(L"no such name", 0) == nullptr && Loaded() == all_;
+             ByName(L"no such name", Row(left).dwGroupId) == nullptr &&
+             Loaded() == all_;
     })) << "row "
         << left;
   }
@@ -399,8 +400,9 @@ TEST_F(OidNames, AnotherRowsTextGivenToAnyEarlierRecordWins) {
       COidData& record = Row(row);
       const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
       InitOidInfoWorker(record, number);
-      return ByName(L"All issuance policies", 0) ==
-             (row < FirstRowOf(8) ? &record : &last);
+      return ByName(L"All issuance policies", record.dwGroupId) == &record &&
+             ByName(L"All issuance policies", 0) ==
+                 (row < FirstRowOf(8) ? &record : &last);
     })) << "row "
         << row;
   }
