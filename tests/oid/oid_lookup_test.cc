@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <cwctype>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -84,6 +85,21 @@ TEST(OidLookup, FindsTheFirstRowOfEveryOid) {
               FirstRow(row.group, same));
     EXPECT_EQ(FindByOid(row.oid, 0), FirstRow(0, same));
     EXPECT_EQ(FindByOid(row.oid, kTopBit), FirstRow(0, same));
+  }
+}
+
+TEST(OidLookup, AnOidThatDiffersInOneCharacterIsAnother) {
+  std::set<std::string> known;
+  for (const ExpectedRow& row : kExpectedRows) known.insert(row.oid);
+  for (const std::string& oid : known) {
+    for (std::size_t at = 0; at < oid.size(); ++at) {
+      for (int character = 1; character < 256; ++character) {
+        std::string other = oid;
+        other[at] = static_cast<char>(character);
+        ASSERT_EQ(FindByOid(other, 0) != nullptr, known.count(other) == 1)
+            << other;
+      }
+    }
   }
 }
 
