@@ -243,6 +243,7 @@ TEST(IniFileEncoding, NarrowFilesKeepTheirBytesWhateverTheLocale) {
 }
 
 // The conversion of narrow files is the global locale's too, if it has one.
+// This one knows no '!'.
 class Rot1 : public std::codecvt<char, char, std::mbstate_t> {
  protected:
   bool do_always_noconv() const noexcept override { return false; }
@@ -262,12 +263,13 @@ class Rot1 : public std::codecvt<char, char, std::mbstate_t> {
   static result Shift(int by, const char* from, const char* from_end,
                       const char*& from_next, char* to, char* to_end,
                       char*& to_next) {
-    for (; from != from_end && to != to_end; ++from, ++to) {
+    for (; from != from_end && to != to_end && *from != '!'; ++from, ++to) {
       *to = static_cast<char>(*from + by);
     }
     from_next = from;
     to_next = to;
-    return from == from_end ? ok : partial;
+    if (from == from_end) return ok;
+    return *from == '!' ? error : partial;
   }
 };
 
@@ -284,6 +286,41 @@ TEST(IniFileEncoding, NarrowFilesAreConvertedWhereTheLocaleConverts) {
   }
   EXPECT_TRUE(file.Load(path));
   EXPECT_EQ(ContentOf(file), "Main{[k=v}");
+}
+
+TEST(IniFileEncoding, NarrowBytesThatTheLocaleRefusesEndFilesAsTheyEndStreams) {
+  const Folder folder;
+  const std::string path = folder / "a.ini";
+  const std::string plain_path = folder / "b.ini";
+  for (const std::size_t lines : {0u, 1u, 20u, 300u, 1000u, 3000u, 9000u}) {
+    std::string text = "[Main]\n";
+    for (std::size_t line = 0; line < lines; ++line) {
+      text += "[k" + std::to_string(1000000 + line) + "=value\n";
+    }
+    text += "[l= \n[m=v\n";  // the blank becomes '!'
+    for (char& character : text) ++character;
+    WriteBytes(path, text);
+    korvan::CIniFileA file;
+    {
+      const CxxLocale locale(std::locale(std::locale::classic(), new Rot1));
+      EXPECT_TRUE(file.Load(path));
+      PlainIni<char> plain;
+      std::ifstream input(path, std::ios_base::binary);
+      plain.Load(input, false);
+      EXPECT_EQ(ContentOf(file), ContentOf(plain)) << lines;
+
+      file.SetKeyValue("Main", "[l", "!");
+      file.SetKeyValue("Main", "[m", std::string(50000, 'm'));
+      EXPECT_TRUE(file.Save(path));
+      std::ofstream output(plain_path, std::ios_base::binary);
+      output << "[Main]"
+             << "\n";
+      for (const auto& entry : file.GetSection("Main")->GetKeys()) {
+        output << entry.first + "=" + entry.second->GetValue() << "\n";
+      }
+    }
+    EXPECT_EQ(BytesOf(path), BytesOf(plain_path)) << lines;
+  }
 }
 
 TEST(IniFileEncoding, WideFilesAreInTheGlobalLocalesEncoding) {
