@@ -154,7 +154,6 @@ void IdentObj::Assign(const void* bytes, unsigned int count) {
   if (heap_ != nullptr || count > sizeof(room_) - kHeaderRoom) {
     return AssignElsewhere(bytes, count);
   }
-  data = room_ + kHeaderRoom;
   length = count;
   Copy(data, bytes, count);
 }
