@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "support/guarded_room.h"
 #include "pubkey/heap_watch.h"
+#include "support/guarded_room.h"
 
 namespace {
 

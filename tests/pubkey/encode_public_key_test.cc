@@ -10,9 +10,9 @@
 
 #include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
-#include "support/guarded_room.h"
 #include "pubkey/heap_watch.h"
 #include "pubkey/model.h"
+#include "support/guarded_room.h"
 
 namespace korvan::test {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
-#include "support/guarded_room.h"
 #include "pubkey/model.h"
+#include "support/guarded_room.h"
 
 namespace korvan::test {
 namespace {
