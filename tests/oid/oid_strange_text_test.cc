@@ -35,9 +35,11 @@ TEST(OidStrangeText, OfOneCharacterIsAName) {
 
 TEST(OidStrangeText, ThatTheLocaleCanNotConvertLeavesNoName) {
   ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
-  COidData record;
-  EXPECT_EQ(NameMadeOf("abc\xFF", record), nullptr);
-  EXPECT_EQ(record.dwOidFlags, 2u);
+  for (const std::size_t length : {0u, 3u, 200u}) {
+    COidData record;
+    EXPECT_EQ(NameMadeOf(std::string(length, 'x') + '\xFF', record), nullptr);
+    EXPECT_EQ(record.dwOidFlags, 2u);
+  }
 }
 
 TEST(OidStrangeText, ThatIsReportedAsNoneIsNone) {
