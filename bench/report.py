@@ -28,7 +28,10 @@ def read(paths):
     figures = defaultdict(lambda: defaultdict(list))
     units = {}
     for path in paths:
-        for run in json.loads(pathlib.Path(path).read_text())["benchmarks"]:
+        text = pathlib.Path(path).read_text()
+        if not text:  # every benchmark of the program was filtered out
+            continue
+        for run in json.loads(text)["benchmarks"]:
             if run["run_type"] != "iteration":
                 continue
             if run.get("error_occurred"):
