@@ -29,10 +29,10 @@ class GetArea : private std::basic_streambuf<Char> {
     return {next, static_cast<std::size_t>(end - next)};
   }
 
-  /// Takes the first `size` characters. (`gbump` counts in int.)
-  static void Take(Buffer& buffer, std::size_t size) {
-    (buffer.*&GetArea::setg)((buffer.*&GetArea::eback)(),
-                             (buffer.*&GetArea::gptr)() + size,
+  /// Takes the characters before `end`. (`gbump` counts in int.)
+  static void TakeUpTo(Buffer& buffer, const Char* end) {
+    Char* const next = (buffer.*&GetArea::gptr)();
+    (buffer.*&GetArea::setg)((buffer.*&GetArea::eback)(), next + (end - next),
                              (buffer.*&GetArea::egptr)());
   }
 };
@@ -79,16 +79,10 @@ class Reader {
     }
     const Char line_feed = input.widen('\n');
     View rest = BeforeEndOfText(GetArea<Char>::Of(*input.rdbuf()));
-    const Char* taken = rest.data();
-    const auto take = [&] {
-      GetArea<Char>::Take(*input.rdbuf(),
-                          static_cast<std::size_t>(rest.data() - taken));
-      taken = rest.data();
-    };
     while (true) {
       const std::size_t size = rest.find(line_feed);
       if (size == View::npos) {
-        take();
+        GetArea<Char>::TakeUpTo(*input.rdbuf(), rest.data());
         return rest;
       }
       // Only a line with a bracket in it can be more than skipped.
@@ -100,7 +94,7 @@ class Reader {
       rest.remove_prefix(size + 1);
       // First the stream moves on, then the line is entered: when that throws,
       // the line has been read.
-      take();
+      GetArea<Char>::TakeUpTo(*input.rdbuf(), rest.data());
       Enter(line);
     }
   }

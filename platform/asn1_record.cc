@@ -151,7 +151,7 @@ IdentObj& IdentObj::operator=(const IdentObj& other) {
 IdentObj::~IdentObj() { delete[] heap_; }
 
 void IdentObj::Assign(const void* bytes, unsigned int count) {
-  if (heap_ != nullptr || count > sizeof(room_) - kHeaderRoom) {
+  if (heap_ != nullptr || count > kMostInPlace) {
     return AssignElsewhere(bytes, count);
   }
   length = count;
@@ -160,7 +160,7 @@ void IdentObj::Assign(const void* bytes, unsigned int count) {
 
 void IdentObj::AssignElsewhere(const void* bytes, unsigned int count) {
   unsigned char* const heap =
-      count <= sizeof(room_) - kHeaderRoom
+      count <= kMostInPlace
           ? nullptr
           : new unsigned char[std::size_t{kHeaderRoom} + count];
   unsigned char* const place = (heap == nullptr ? room_ : heap) + kHeaderRoom;

@@ -344,21 +344,22 @@ TEST_F(OidNames, ANullNameAmongLoadedOnesLetsALaterRowWin) {
 }
 
 // The one row of its group, so that no other row decides what is known of it.
+// The second text is as long as the row's own.
 TEST_F(OidNames, AnyTextCanBeGivenToTheOnlyRecordOfAGroup) {
   COidData& record = oid_registry[7].rgRecords[0];
   ASSERT_EQ(ByName(L"All issuance policies", 8), &record);
-  const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
-  InitOidInfoWorker(record, 8048);
-  EXPECT_EQ(ByName(L"Common Name", 8), &record);
-  EXPECT_EQ(ByName(L"All issuance policies", 8), nullptr);
-}
-
-TEST_F(OidNames, ATextAsLongAsTheOneItReplacesIsAnotherAllTheSame) {
-  COidData& record = oid_registry[7].rgRecords[0];
-  ASSERT_EQ(ByName(L"All issuance policies", 8), &record);
-  const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
-  InitOidInfoWorker(record, 8023);
-  EXPECT_EQ(ByName(L"Unstructured Addresss", 8), &record);
+  const struct {
+    unsigned int number;
+    const wchar_t* text;
+  } kTexts[] = {{8048, L"Common Name"}, {8023, L"Unstructured Addresss"}};
+  for (const auto& given : kTexts) {
+    EXPECT_TRUE(Apart([&] {
+      const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
+      InitOidInfoWorker(record, given.number);
+      return ByName(given.text, 8) == &record &&
+             ByName(L"All issuance policies", 8) == nullptr;
+    })) << given.number;
+  }
 }
 
 TEST_F(OidNames, AnyTextCanBeGivenToARecordThatCleanupLeftWithoutAName) {

@@ -57,13 +57,14 @@ class KORVAN_API IdentObj {
   // leaves them free before its own bytes, so that a record's encoding is made
   // where its content stands.
   static constexpr unsigned int kHeaderRoom = 16;
+  static constexpr unsigned int kMostInPlace = 528;
 
   void Assign(const void* bytes, unsigned int count);
-  // Leaves the heap, or goes there.
+  // Takes the heap, or leaves it.
   void AssignElsewhere(const void* bytes, unsigned int count);
 
   unsigned char* heap_;  // where the bytes stand if not in `room_`, or null
-  unsigned char room_[kHeaderRoom + 528];
+  unsigned char room_[kHeaderRoom + kMostInPlace];
 };
 
 /// Why a record has no content or no encoding to give; 0 where it has.
