@@ -123,14 +123,16 @@ TEST(IdentObj, MayBeAssignedToItself) {
 TEST(IdentObj, GivesBackWhatItHeldWhenItIsAssignedTo) {
   const Bytes bytes = Counted(600);
   const IdentObj large(bytes.data(), 600);
-  const IdentObj small(bytes.data(), kInPlace);
-  IdentObj buffer(bytes.data(), 600);
-  HeapWatch watch;
-  buffer = large;
-  buffer = small;
-  watch.Stop();
-  EXPECT_EQ(watch.sizes().size(), 1u);
-  EXPECT_EQ(watch.freed().size(), 2u);
+  for (const unsigned int count : {0u, 64u, kInPlace}) {
+    const IdentObj small(bytes.data(), count);
+    IdentObj buffer(bytes.data(), 600);
+    HeapWatch watch;
+    buffer = large;
+    buffer = small;
+    watch.Stop();
+    EXPECT_EQ(watch.sizes().size(), 1u);
+    EXPECT_EQ(watch.freed().size(), 2u);
+  }
 }
 
 TEST(IdentObj, ThrowsWhenThereIsNoMemory) {
