@@ -3,11 +3,12 @@
 
 #include <cstddef>
 #include <istream>
-#include <streambuf>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+
+#include "ini/stream_area.h"
 
 /// @file
 /// Reads INI text into a document. What a stream's `std::getline` would do to
@@ -15,27 +16,6 @@
 /// but a line that lies whole in the stream's buffer is read where it lies.
 
 namespace korvan::ini {
-
-/// The characters that a stream buffer has at hand, with which it need not be
-/// troubled. They are its own business and its heirs': hence the inheritance.
-template <class Char>
-class GetArea : private std::basic_streambuf<Char> {
- public:
-  using Buffer = std::basic_streambuf<Char>;
-
-  static std::basic_string_view<Char> Of(const Buffer& buffer) {
-    const Char* const next = (buffer.*&GetArea::gptr)();
-    const Char* const end = (buffer.*&GetArea::egptr)();
-    return {next, static_cast<std::size_t>(end - next)};
-  }
-
-  /// Takes the characters before `end`. (`gbump` counts in int.)
-  static void TakeUpTo(Buffer& buffer, const Char* end) {
-    Char* const next = (buffer.*&GetArea::gptr)();
-    (buffer.*&GetArea::setg)((buffer.*&GetArea::eback)(), next + (end - next),
-                             (buffer.*&GetArea::egptr)());
-  }
-};
 
 template <class File>
 class Reader {

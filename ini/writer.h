@@ -1,15 +1,13 @@
 #ifndef KORVAN_INI_WRITER_H_
 #define KORVAN_INI_WRITER_H_
 
-#include <algorithm>
 #include <cstddef>
-#include <fstream>
 #include <ostream>
-#include <sstream>
-#include <streambuf>
 #include <string>
 #include <string_view>
-#include <typeinfo>
+
+#include "ini/stream_area.h"
+#include "ini/twins.h"
 
 /// @file
 /// Writes a document as INI text. Each line and each line feed is one
@@ -17,37 +15,6 @@
 /// stream's buffer.
 
 namespace korvan::ini {
-
-/// The room that a stream buffer has at hand; see GetArea.
-template <class Char>
-class PutArea : private std::basic_streambuf<Char> {
- public:
-  using Buffer = std::basic_streambuf<Char>;
-  using View = std::basic_string_view<Char>;
-
-  /// Whether a buffer is one of the standard library's own. A class derived
-  /// from these may override what they do, and would miss what passes it by.
-  static bool IsOpenTo(const Buffer& buffer) {
-    return typeid(buffer) == typeid(std::basic_stringbuf<Char>) ||
-           typeid(buffer) == typeid(std::basic_filebuf<Char>);
-  }
-
-  /// Whether a text of this size would go into the area, and no farther, be it
-  /// in one piece or in two. A text that fills the area, or is long, may take a
-  /// file's buffer straight to the file, where it may fail.
-  static bool Takes(const Buffer& buffer, std::size_t size) {
-    constexpr std::ptrdiff_t kLong = 1024;
-    const std::ptrdiff_t room =
-        (buffer.*&PutArea::epptr)() - (buffer.*&PutArea::pptr)();
-    return size < static_cast<std::size_t>(std::min(room, kLong));
-  }
-
-  /// Puts a text that the area takes.
-  static void Put(Buffer& buffer, View text) {
-    text.copy((buffer.*&PutArea::pptr)(), text.size());
-    (buffer.*&PutArea::pbump)(static_cast<int>(text.size()));
-  }
-};
 
 template <class Char>
 class LineWriter {
@@ -71,7 +38,12 @@ class LineWriter {
         PutArea<Char>::Put(*output_.rdbuf(), part);
       }
     } else {
-      line_.assign(first).append(second).append(third);
+      if (is_open_ && IsInsertionUnsafe()) {
+        output_.flush();
+      }
+      // One `assign` and two `append`s draw a false warning from GCC 12 -O3.
+      line_.clear();
+      line_.append(first).append(second).append(third);
       output_ << line_;
       output_ << line_feed_;
     }
@@ -84,6 +56,16 @@ class LineWriter {
     return !output_.good() || output_.width() != 0 ||
            output_.tie() != nullptr ||
            (output_.flags() & std::ios_base::unitbuf) != 0;
+  }
+
+  // Whether the standard library's insertion would itself write beyond the
+  // buffer's block. It does into an overfull area, except where it hands the
+  // area and a text without padding to the file at once: that is how a file
+  // without conversion takes them.
+  bool IsInsertionUnsafe() const {
+    return output_.good() && PutArea<Char>::IsOverfull(*output_.rdbuf()) &&
+           (output_.width() != 0 ||
+            !AnyBlockWillDo(Char{}, output_.rdbuf()->getloc()));
   }
 
   Stream& output_;
