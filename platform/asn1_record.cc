@@ -132,8 +132,7 @@ void Copy(unsigned char* to, const void* from, unsigned int count) {
 
 }  // namespace
 
-IdentObj::IdentObj() noexcept
-    : length(0), data(room_ + kHeaderRoom), heap_(nullptr) {}
+IdentObj::IdentObj() : length(0), data(room_ + kHeaderRoom), heap_(nullptr) {}
 
 IdentObj::IdentObj(const void* bytes, unsigned int count) : IdentObj() {
   Assign(bytes, count);
@@ -172,8 +171,7 @@ void IdentObj::AssignElsewhere(const void* bytes, unsigned int count) {
   length = count;
 }
 
-CASNTBaseRecord::CASNTBaseRecord() noexcept
-    : tag_(0), size_(0), constructed_(false) {}
+CASNTBaseRecord::CASNTBaseRecord() : tag_(0), size_(0), constructed_(false) {}
 
 CASNTBaseRecord::~CASNTBaseRecord() = default;
 
@@ -188,22 +186,20 @@ bool CASNTBaseRecord::SetEncodedEntry(const IdentObj& encoded) {
   return whole;
 }
 
-unsigned int CASNTBaseRecord::GetTag() const noexcept { return tag_; }
+unsigned int CASNTBaseRecord::GetTag() const { return tag_; }
 
-unsigned int CASNTBaseRecord::GetEntrySize() const noexcept { return size_; }
+unsigned int CASNTBaseRecord::GetEntrySize() const { return size_; }
 
-bool CASNTBaseRecord::GetIsConstraction() const noexcept {
-  return constructed_;
-}
+bool CASNTBaseRecord::GetIsConstraction() const { return constructed_; }
 
-const IdentObj& CASNTBaseRecord::GetRecord(int* status) const noexcept {
+const IdentObj& CASNTBaseRecord::GetRecord(int* status) const {
   if (const Asn1Status found = Status(); found != kAsn1Ok) {
     *status = found;
   }
   return content_;
 }
 
-void CASNTBaseRecord::SetTag(unsigned int tag) noexcept {
+void CASNTBaseRecord::SetTag(unsigned int tag) {
   tag_ = tag;
   constructed_ = false;
 }
@@ -213,7 +209,7 @@ void CASNTBaseRecord::SetEntry(const void* bytes, unsigned int count) {
   size_ = count;
 }
 
-const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const noexcept {
+const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const {
   encoding_.data = PutHeader({tag_, size_, constructed_}, content_.data);
   const std::uint64_t total =
       static_cast<std::uint64_t>(content_.data - encoding_.data) + size_;
@@ -229,7 +225,7 @@ const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const noexcept {
   return encoding_;
 }
 
-Asn1Status CASNTBaseRecord::Status() const noexcept {
+Asn1Status CASNTBaseRecord::Status() const {
   if (tag_ == 0) {
     return kAsn1NoRecord;
   }

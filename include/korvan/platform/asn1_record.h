@@ -9,6 +9,10 @@
 ///
 /// A host process has these two classes of its own; the platform library's
 /// stand in where there is none. Clauses are those of X.690 (08/2015).
+///
+/// NO OPERATION IS `noexcept`, destructors apart: a host's definitions take the
+/// place of these at load, and a host may throw from each. The key conversions
+/// let such an exception through to their caller.
 
 /// A buffer of bytes that owns what it holds.
 ///
@@ -18,7 +22,7 @@
 class KORVAN_API IdentObj {
  public:
   /// Makes an empty buffer. It cannot fail.
-  IdentObj() noexcept;
+  IdentObj();
 
   /// Makes a buffer that holds a copy of `count` bytes.
   ///
@@ -92,7 +96,7 @@ enum Asn1Status {
 class KORVAN_API CASNTBaseRecord {
  public:
   /// Makes a blank record. It cannot fail.
-  CASNTBaseRecord() noexcept;
+  CASNTBaseRecord();
 
   CASNTBaseRecord(const CASNTBaseRecord&) = delete;
   CASNTBaseRecord& operator=(const CASNTBaseRecord&) = delete;
@@ -133,18 +137,18 @@ class KORVAN_API CASNTBaseRecord {
   /// Returns the tag.
   ///
   /// @return the tag, numbered as said above; 0 for a blank record.
-  unsigned int GetTag() const noexcept;
+  unsigned int GetTag() const;
 
   /// Returns the length of the content.
   ///
   /// @return the length in bytes as the length octets gave it, EVEN WHERE
   ///         FEWER BYTES FOLLOWED; 0 for a blank record.
-  unsigned int GetEntrySize() const noexcept;
+  unsigned int GetEntrySize() const;
 
   /// Returns the constructed bit (8.1.2.5).
   ///
   /// @return true when it is set; false for a blank record.
-  bool GetIsConstraction() const noexcept;
+  bool GetIsConstraction() const;
 
   /// Returns the content.
   ///
@@ -152,13 +156,13 @@ class KORVAN_API CASNTBaseRecord {
   ///                `Asn1Status`; left alone when it is. Must not be null.
   /// @return the content, empty where `status` was set. It is the record's
   ///         and holds until the record is changed or destroyed.
-  const IdentObj& GetRecord(int* status) const noexcept;
+  const IdentObj& GetRecord(int* status) const;
 
   /// Gives the record a tag and makes it primitive. The content stays.
   ///
   /// @param tag  numbered as said above; 4 makes it a universal OCTET STRING.
   ///             0 leaves the record without a tag.
-  void SetTag(unsigned int tag) noexcept;
+  void SetTag(unsigned int tag);
 
   /// Gives the record a content. Tag and constructed bit stay.
   ///
@@ -177,10 +181,10 @@ class KORVAN_API CASNTBaseRecord {
   /// @return the encoding, empty where `status` was set. It is the record's
   ///         and holds until the record is changed, asked for it again or
   ///         destroyed.
-  const IdentObj& GetEncodedRecord(int* status) const noexcept;
+  const IdentObj& GetEncodedRecord(int* status) const;
 
  private:
-  Asn1Status Status() const noexcept;
+  Asn1Status Status() const;
 
   unsigned int tag_;
   unsigned int size_;

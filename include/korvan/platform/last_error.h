@@ -7,7 +7,8 @@
 /// The calling thread's last-error code, as CryptoAPI functions report it.
 ///
 /// A host process that emulates the Windows API has these two functions of
-/// its own; the platform library's stand in where there is none.
+/// its own; the platform library's stand in where there is none. Neither is
+/// `noexcept`: a host's own may throw.
 
 extern "C" {
 
