@@ -2,6 +2,7 @@
 
 #include <korvan/oid_info.h>
 #include <korvan/string_resources.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <cstddef>
@@ -68,6 +69,27 @@ void Settle(const COidData& record, LPCWSTR name) {
 // call that a caller could have replaced.
 constinit std::mutex putting_in_place;
 
+// A fork copies the forking thread alone, so a lock that another thread holds
+// at that moment stays locked in the child for ever. There are two: ours, and
+// one that the C library holds while it loads the locale's converter, which
+// the first conversion does. Hence the forking thread converts a character,
+// which loads the converter or waits until it is loaded, and takes our lock.
+void BeforeFork() {
+  std::mbstate_t state{};
+  wchar_t converted;
+  static_cast<void>(std::mbrtowc(&converted, "x", 1, &state));
+  putting_in_place.lock();
+}
+
+void AfterFork() { putting_in_place.unlock(); }
+
+// Registered at load: a registration at the first use would need a lock that a
+// fork can leave locked, too. When it fails, which takes a failed allocation,
+// there is nobody to tell; all else works as before. Unloading the library
+// takes the handlers back.
+[[maybe_unused]] const int fork_handlers_status =
+    pthread_atfork(BeforeFork, AfterFork, AfterFork);
+
 // A name on its way into a record. Whatever ends the load, an exception
 // included, the record then has the name or null in place of `replaced`.
 class NameInTheMaking {
@@ -79,11 +101,13 @@ class NameInTheMaking {
 
   // Of threads that meet here, the first one's name stays; the others' go, and
   // they write nothing. The flag comes before the name: who sees the name may
-  // read the flag.
+  // read the flag. Both are written atomically, since callers who walk the
+  // registry read them at any time.
   ~NameInTheMaking() {
     const std::lock_guard lock(putting_in_place);
     if (NameOf(record_) != replaced_) return;
-    record_.dwOidFlags |= kNameIsOwned;
+    std::atomic_ref(record_.dwOidFlags)
+        .fetch_or(kNameIsOwned, std::memory_order_relaxed);
     const LPCWSTR name = name_.release();
     std::atomic_ref(record_.pwszName).store(name, std::memory_order_release);
     Settle(record_, name);
@@ -153,8 +177,9 @@ void CleanupOidInfo() {
   for (COidData& record : oid::records) {
     if ((record.dwOidFlags & oid::kNameIsOwned) == 0) continue;
     delete[] record.pwszName;
-    record.dwOidFlags &= ~oid::kNameIsOwned;
-    record.pwszName = nullptr;
+    std::atomic_ref(record.dwOidFlags)
+        .fetch_and(~oid::kNameIsOwned, std::memory_order_relaxed);
+    std::atomic_ref(record.pwszName).store(nullptr, std::memory_order_relaxed);
   }
 }
 

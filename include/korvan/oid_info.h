@@ -32,6 +32,20 @@
 /// resolved records take no lock and write nothing. NO LOOKUP MAY OVERLAP
 /// `CleanupOidInfo`, which also runs when the library is unloaded and when the
 /// process exits.
+///
+/// Walking. Who walks `oid_registry` while other threads look up READS
+/// `pwszName` AND `dwOidFlags` ATOMICALLY, for a lookup may write them at that
+/// moment; all other fields never change:
+///
+///     LPCWSTR name = __atomic_load_n(&record.pwszName, __ATOMIC_ACQUIRE);
+///     DWORD flags = __atomic_load_n(&record.dwOidFlags, __ATOMIC_ACQUIRE);
+///
+/// A name that was loaded is whole when it is seen, and flags that are read
+/// after it have bit 0x2. A record that a lookup returned to this thread needs
+/// no such care. A walk, too, must not overlap `CleanupOidInfo`.
+///
+/// Forks. A process may fork at any time. Lookups go on in the child, with the
+/// names that were loaded at that moment.
 
 namespace korvan {
 

@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -80,6 +81,23 @@ TEST(Unload, ForgetsWhatWasLoaded) {
     const Record* const found = library.Find()(1, oid, 6);
     ASSERT_NE(found, nullptr);
     EXPECT_STREQ(found->pwszName, L"Authority Key Identifier");
+  }
+}
+
+// Fork handlers that outlived the library would be called where it was.
+TEST(Unload, LeavesNothingThatAForkWouldCall) {
+  for (int round = 0; round < 10; ++round) {
+    {
+      const Library library;
+      ASSERT_TRUE(library.IsLoaded()) << dlerror();
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+      _exit(0);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <cwchar>
 #include <string>
 #include <thread>
@@ -130,6 +131,33 @@ TEST(OidThreads, ThatSearchByNameAllFindTheirs) {
     }
   }
   EXPECT_EQ(found, kThreads * 200 - missing);
+}
+
+// Half of the threads look up, the others walk the registry and read what the
+// lookups write.
+TEST(OidThreads, AWalkerThatReadsAtomicallyMayMeetLookups) {
+  std::atomic<int> wrong{0};
+  Together([&](int thread) {
+    if (thread % 2 == 0) {
+      wchar_t missing[] = L"no such name";
+      wrong += FindOIDInfo(2, missing, 0) != nullptr;
+      return;
+    }
+    for (int round = 0; round < 20; ++round) {
+      for (COidData* const record : RegistryRows()) {
+        const LPCWSTR name =
+            __atomic_load_n(&record->pwszName, __ATOMIC_ACQUIRE);
+        const DWORD flags =
+            __atomic_load_n(&record->dwOidFlags, __ATOMIC_ACQUIRE);
+        const bool is_pointer =
+            reinterpret_cast<std::uintptr_t>(name) >= 0x10000;
+        // A loaded name is whole, and is seen with its flag.
+        wrong += is_pointer && std::wcslen(name) > 46;
+        wrong += name == nullptr && (flags & 2) == 0;
+      }
+    }
+  });
+  EXPECT_EQ(wrong, 0);
 }
 
 TEST(OidThreads, ThatMixKeysOfEveryKindFindTheirs) {

@@ -1,0 +1,114 @@
+// Forks while other threads load names: no child may hang, and every child
+// finds its records.
+#include <gtest/gtest.h>
+#include <korvan/oid_info.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <clocale>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "oid/registry_rows.h"
+
+namespace {
+
+using korvan::COidData;
+using korvan::FindOIDInfo;
+
+constexpr int kLoadingThreads = 4;
+constexpr int kForks = 334;  // in each of three locales
+constexpr unsigned int kSecondsUntilHung = 20;
+
+constexpr int kFound = 0;
+constexpr int kNotFound = 1;
+constexpr int kNoLocale = 2;
+constexpr int kNoFork = 3;
+constexpr int kKilled = 4;  // by the alarm when it hung
+
+// Loads every name by looking for one that no record has, then looks for one.
+int FindAmongAllNames() {
+  wchar_t missing[] = L"no such name";
+  wchar_t wanted[] = L"COMMON NAME";
+  const bool found =
+      FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, missing, 0) == nullptr &&
+      FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, wanted, 0) ==
+          &korvan::oid_registry[5].rgRecords[53];
+  return found ? kFound : kNotFound;
+}
+
+int StatusOf(pid_t child) {
+  int status = 0;
+  if (waitpid(child, &status, 0) != child) {
+    return kNoFork;
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : kKilled;
+}
+
+// Makes four threads load names for the first time in `locale`, forks after
+// `delay` turns of a loop, and returns what became of the child.
+int ForkWhileLoading(const char* locale, int delay) {
+  if (std::setlocale(LC_ALL, locale) == nullptr) {
+    return kNoLocale;
+  }
+  std::atomic<int> waiting{kLoadingThreads + 1};
+  const auto meet = [&] {
+    --waiting;
+    while (waiting > 0) {
+      std::this_thread::yield();
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kLoadingThreads; ++i) {
+    threads.emplace_back([&, i] {
+      const auto rows = RegistryRows();
+      meet();
+      for (std::size_t row = static_cast<std::size_t>(i); row < rows.size();
+           row += kLoadingThreads) {
+        std::string oid = rows[row]->pszOID;
+        FindOIDInfo(CRYPT_OID_INFO_OID_KEY, oid.data(), rows[row]->dwGroupId);
+      }
+    });
+  }
+  meet();
+  for (std::atomic<int> turns{delay}; turns > 0; --turns) {
+  }
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(kSecondsUntilHung);
+    _exit(FindAmongAllNames());
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  return StatusOf(child);
+}
+
+// Every fork is tried in a process of its own, in which the C library has not
+// yet loaded the locale's converter.
+void ForkManyTimes(const char* locale) {
+  for (int i = 0; i < kForks; ++i) {
+    const pid_t fresh = fork();
+    if (fresh == 0) {
+      _exit(ForkWhileLoading(locale, i % 50 * 40));
+    }
+    ASSERT_EQ(StatusOf(fresh), kFound) << "fork " << i << "; 1: not found, "
+                                       << "2: no such locale, 4: hung";
+  }
+}
+
+TEST(OidFork, AChildForkedWhileNamesLoadFindsItsRecordsInTheCLocale) {
+  ForkManyTimes("C");
+}
+
+TEST(OidFork, AChildForkedWhileNamesLoadFindsItsRecordsInUtf8) {
+  ForkManyTimes("C.UTF-8");
+}
+
+TEST(OidFork, AChildForkedWhileNamesLoadFindsItsRecordsInKoi8) {
+  ForkManyTimes("ru_RU.KOI8-R");
+}
+
+}  // namespace
