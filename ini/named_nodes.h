@@ -40,10 +40,12 @@ void TrimName(String& name) {
 /// Whether a name belongs between the entry before `place` and the one at it,
 /// so that `place` may be given as a hint.
 ///
-/// A hint is only as safe as the order is: wcscasecmp subtracts characters, and
-/// of two that are 0x80000000 apart, which text never holds but a string may,
-/// each comes before the other. A map that is given such a hint drops entries,
-/// and `emplace` gives itself one. `insert` of an entry does not.
+/// wcscasecmp subtracts units, so of units of 0x80000000 and more, which UTF-32
+/// does not have but a string may, it makes no order: 1 < 0x60000000 <
+/// 0xC0000000 < 1, and of two units 0x80000000 apart each comes before the
+/// other. A map that is given a hint between such names drops entries, and
+/// `emplace` gives itself one. `insert` of an entry does not; a name may then
+/// stand twice, and no entry is lost.
 template <class Nodes>
 bool BelongsAt(const Nodes& nodes, typename Nodes::const_iterator place,
                const typename Nodes::key_type& name) {

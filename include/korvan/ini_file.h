@@ -25,6 +25,10 @@
 ///     process's current locale, up to the first NUL; the first spelling
 ///     stays. The locale must not change while a document lives: its maps
 ///     would no longer be in order.
+///   - WIDE NAMES MUST BE UTF-32. Of units of 0x80000000 and more `wcscasecmp`
+///     makes no order (1 < 0x60000000 < 0xC0000000 < 1), so names with such
+///     units may stand twice in a document, and a search may miss them.
+///     Nothing worse happens: no entry is lost and none is freed twice.
 ///   - Names lose the spaces and tabs at their ends wherever they are given.
 ///     Values are kept as they are.
 ///   - A document owns its sections and a section its keys. Pointers to them
@@ -52,7 +56,8 @@ struct KORVAN_API ci_less_a {
   bool operator()(const std::string& left, const std::string& right) const;
 };
 
-/// As `ci_less_a`, with `wcscasecmp` on wide names.
+/// As `ci_less_a`, with `wcscasecmp` on wide names. An order only of names
+/// whose units are below 0x80000000, as those of UTF-32 are.
 struct KORVAN_API ci_less_w {
   /// @param left   a name.
   /// @param right  another.

@@ -6,6 +6,11 @@
 /// @file
 /// The display texts of the provider: 169 ASCII texts, compiled in, each known
 /// by a number. The OID registry names many of its records by these numbers.
+///
+/// A process may define `LoadString_korvan` itself, and the registry then calls
+/// that one. SUCH A FUNCTION MUST NOT LOOK NAMES UP IN THE REGISTRY, nor call
+/// what does: the lookup would meet a name that is not loaded yet and call the
+/// function again, without end.
 
 /// Copies the text numbered `uID` into a caller's buffer.
 ///

@@ -440,13 +440,14 @@ TEST(IniEditingUnderAnotherLocale, ARenameSparesANamesakesEntry) {
   EXPECT_EQ(LiveBlocks(), live);
 }
 
-// wcscasecmp is no order for characters that are none.
+// wcscasecmp is no order for units of 0x80000000 and more:
+// 1 < 0x60000000 < 0xC0000000 < 1.
 TEST(IniEditingWithoutAnOrder, NothingIsLostOrDestroyedTwice) {
   const long live = LiveBlocks();
   {
     korvan::CIniFileW file;
     const wchar_t characters[] = {L'a',       static_cast<wchar_t>(0x80000000),
-                                  0x40000000, static_cast<wchar_t>(0xFFFFFFFF),
+                                  0x60000000, static_cast<wchar_t>(0xFFFFFFFF),
                                   0x7FFFFFFF, static_cast<wchar_t>(0xC0000000),
                                   L'Z',       1};
     unsigned int random = 1;

@@ -5,10 +5,13 @@
 #include <unistd.h>
 
 #include <clocale>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "oid/registry_rows.h"
 
@@ -425,6 +428,86 @@ TEST_F(OidNames, AnOwnRecordGetsItsTextAndTheFlag) {
   EXPECT_STREQ(record.pwszName, L"Common Name");
   EXPECT_EQ(record.dwOidFlags, 0x13u);
   EXPECT_EQ(Loaded(), std::set<int>{});
+}
+
+// So many records that, whatever the program's and the library's places are,
+// some would be taken for rows of the registry if only one end were looked at.
+// Static memory of a program and the heap lie below the library, as a rule,
+// and the stack above it.
+constexpr std::size_t kManyRecords = 4096;
+COidData static_records[kManyRecords];
+
+class OidNamesOfOwnRecords : public OidNames {
+ protected:
+  // Gives each of the records a name, and looks whether that changed the
+  // registry.
+  void GiveNamesTo(COidData* records) {
+    const std::vector<COidData> before = RegistryContent();
+    for (std::size_t i = 0; i < kManyRecords; ++i) {
+      InitOidInfoWorker(records[i], 8048);
+      const std::unique_ptr<const wchar_t[]> owned(records[i].pwszName);
+      ASSERT_STREQ(records[i].pwszName, L"Common Name");
+    }
+    const std::vector<COidData> after = RegistryContent();
+    EXPECT_EQ(std::memcmp(after.data(), before.data(),
+                          before.size() * sizeof(COidData)),
+              0);
+    EXPECT_EQ(Loaded(), std::set<int>{});
+    // Nor does a search take a name for loaded that is not.
+    EXPECT_EQ(ByName(L"no such name", 0), nullptr);
+    EXPECT_EQ(Loaded(), all_);
+  }
+
+ private:
+  static std::vector<COidData> RegistryContent() {
+    std::vector<COidData> content;
+    for (const COidData* const record : RegistryRows()) {
+      content.push_back(*record);
+    }
+    return content;
+  }
+};
+
+TEST_F(OidNamesOfOwnRecords, StaticRecordsGetTheirTexts) {
+  GiveNamesTo(static_records);
+}
+
+TEST_F(OidNamesOfOwnRecords, RecordsOnTheHeapGetTheirTexts) {
+  const auto records = std::make_unique<COidData[]>(kManyRecords);
+  GiveNamesTo(records.get());
+}
+
+TEST_F(OidNamesOfOwnRecords, RecordsOnTheStackGetTheirTexts) {
+  COidData records[kManyRecords] = {};
+  GiveNamesTo(records);
+}
+
+// What is known of one name must not be taken for known of another.
+TEST_F(OidNames, ANameIsLoadedWhicheverOtherNameWasLoadedBefore) {
+  wchar_t other[] = L"other";
+  for (const int loaded : all_) {
+    EXPECT_TRUE(Apart([&] {
+      MatchOidInfo(Row(loaded), CRYPT_OID_INFO_NAME_KEY, other);
+      for (const unsigned int group : {1, 2, 3, 4, 5, 6, 7, 8, 20}) {
+        ByName(L"no such name", group);
+      }
+      return Loaded() == all_;
+    })) << "row "
+        << loaded;
+  }
+}
+
+TEST_F(OidNames, ARowIsFoundByNameWhicheverOtherNameWasLoadedBefore) {
+  wchar_t other[] = L"other";
+  for (const int loaded : all_) {
+    EXPECT_TRUE(Apart([&] {
+      MatchOidInfo(Row(loaded), CRYPT_OID_INFO_NAME_KEY, other);
+      return ByName(L"GOST R 34.11-94 (Quorin 2)", 1) == &Row(0) &&
+             ByName(L"Embedded Windows System Component Verification", 0) ==
+                 &Row(FirstRowOf(7) + 14);
+    })) << "row "
+        << loaded;
+  }
 }
 
 TEST_F(OidNames, AnOwnRecordLosesItsNameToAMissingText) {
