@@ -1,0 +1,48 @@
+// What it costs to load the library, to load all names of its registry, as the
+// first search by name does, and to unload it. The program has the C++ library
+// already. It is not linked to ours, which could then not be unloaded.
+
+#include <dlfcn.h>
+
+#include "measure.h"
+
+namespace {
+
+using Find = void* (*)(unsigned int, void*, unsigned int);
+constexpr unsigned int kNameKey = 2;
+
+void* library;
+Find find;
+
+bool Load() {
+  library = dlopen(KORVAN_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+  return library != nullptr;
+}
+
+bool FindFunction() {
+  find = reinterpret_cast<Find>(dlsym(library, "_ZN6korvan11FindOIDInfoEjPvj"));
+  return find != nullptr;
+}
+
+bool LoadAllNames() {
+  wchar_t nobody[] = L"\n";
+  return find(kNameKey, nobody, 0) == nullptr;
+}
+
+bool Unload() { return dlclose(library) == 0; }
+
+bool IsUnloaded() {
+  return dlopen(KORVAN_LIBRARY, RTLD_NOW | RTLD_NOLOAD) == nullptr;
+}
+
+}  // namespace
+
+int main() {
+  // Once before it counts: the first time binds symbols of the C library.
+  Require(Load() && FindFunction() && LoadAllNames() && Unload(), "warm-up");
+  Count("load_library", Load);
+  Require(FindFunction(), "find_function");
+  Count("load_all_names", LoadAllNames);
+  Count("unload_library", Unload);
+  Require(IsUnloaded(), "unload_library");
+}
