@@ -242,6 +242,7 @@ void MeasureFile(const std::string& width) {
       {"load_file/16_sorted",              few,         kEmpty,  Do::LoadFile,           16},
       {"load_file/1000_sorted",            sorted,      kEmpty,  Do::LoadFile,           1000},
       {"load_file/1000_shuffled",          shuffled,    kEmpty,  Do::LoadFile,           1000},
+      {"load_file/skipped_lines",          skipped,     kEmpty,  Do::LoadFile,           0},
       {"load_file/long_value",             long_value,  kEmpty,  Do::LoadFile,           1},
       {"merge_stream/5000_in_one_section", one_section, kLoaded, Do::MergeStream,        5000},
       {"get_values",                       shuffled,    kLoaded, Do::GetValues,          1000},
