@@ -58,8 +58,7 @@ class PutArea : private std::basic_streambuf<Char> {
   // file's buffer straight to the file, where it may fail.
   static bool Takes(const Buffer& buffer, std::size_t size) {
     constexpr std::ptrdiff_t kLong = 1024;
-    const std::ptrdiff_t room = std::min(Room(buffer), kLong);
-    return room > 0 && size < static_cast<std::size_t>(room);
+    return static_cast<std::ptrdiff_t>(size) < std::min(Room(buffer), kLong);
   }
 
   // Whether the area holds a character more than it has room for, which its
