@@ -1,9 +1,28 @@
 #!/bin/sh
-# exports_only.sh LIBRARY LIST [VERSION]
+# exports_only.sh [--self-test] LIBRARY LIST [VERSION]
 # Fails unless LIBRARY exports exactly the symbols of LIST, demangled, and all
 # of them under VERSION (under no version when it is left out).
 set -eu
 export LC_ALL=C
+
+if [ "$1" = --self-test ]; then
+  shift
+  library=$1 list=$2 version=${3:-}
+  # shellcheck source=tests/support/self_test.sh
+  . "$(dirname "$0")/../support/self_test.sh"
+  work=$(mktemp -d)
+  trap 'rm -rf "$work"' EXIT
+  must_pass "the list as it is" "$0" "$library" "$list" "$version"
+  sed '$d' "$list" > "$work/one_less"
+  must_fail "a symbol that the list does not have" \
+    "$0" "$library" "$work/one_less" "$version"
+  (cat "$list"; echo 'korvan::NoSuchFunction()') > "$work/one_more"
+  must_fail "a symbol that the library does not have" \
+    "$0" "$library" "$work/one_more" "$version"
+  must_fail "another version" "$0" "$library" "$list" OTHER_1.0
+  must_fail "no library" "$0" "$work/none" "$list" "$version"
+  end_self_test
+fi
 library=$1 list=$2 version=${3:-}
 
 exported=$(nm -D --defined-only "$library")
@@ -17,9 +36,16 @@ if [ -n "$strangers" ]; then
   printf 'not under version "%s":\n%s\n' "$version" "$strangers"
   exit 1
 fi
-# Constructors and destructors have two symbols of one name.
+# Standard strings and streams by their short names, which are the same with
+# both of the C++ library's string types. A constructor or a destructor has two
+# symbols, so its name stands twice.
 printf '%s\n' "$exported" | awk '{print $3}' | sed 's/@@.*//' | c++filt |
-  sort -u | diff -u "$list" - || {
+  sed -e 's/std::__cxx11::/std::/g' -e 's/\[abi:cxx11\]//g' \
+    -e 's/std::basic_string<char,[^>]*>, std::allocator<char> >/std::string/g' \
+    -e 's/std::basic_string<wchar_t,[^>]*>, std::allocator<wchar_t> >/std::wstring/g' \
+    -e 's/std::basic_\([io]stream\)<char, std::char_traits<char> >/std::\1/g' \
+    -e 's/std::basic_\([io]stream\)<wchar_t, std::char_traits<wchar_t> >/std::w\1/g' |
+  sort | diff -u "$list" - || {
   echo "the exported symbols are not those of $list"
   exit 1
 }
