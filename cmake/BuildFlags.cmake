@@ -1,5 +1,5 @@
-# How every target of the project is compiled, and what a shared library of
-# the project promises about its binary.
+# How every target of the project is compiled, and what a library of the
+# project promises about its binary.
 include_guard()
 include(CheckCXXCompilerFlag)
 include(CheckLinkerFlag)
@@ -8,14 +8,9 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND
+    NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
-endif()
-
-find_program(KORVAN_CCACHE ccache)
-mark_as_advanced(KORVAN_CCACHE)
-if(KORVAN_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${KORVAN_CCACHE}")
 endif()
 
 option(KORVAN_WARNINGS_AS_ERRORS "Fail the build on a warning" OFF)
@@ -48,21 +43,33 @@ endforeach()
 check_linker_flag(CXX "LINKER:--fatal-warnings,-z,pack-relative-relocs"
   KORVAN_HAS_PACKED_RELATIVE_RELOCATIONS)
 
-# korvan_shared_library(<target>) gives a library of the project its name,
-# version, headers, hardening and visibility. Its exported symbols stand in
-# packaging/<target>.map.
-function(korvan_shared_library target)
-  set(map "${PROJECT_SOURCE_DIR}/packaging/${target}.map")
+# korvan_add_library(<target>) adds a library of the project, shared unless
+# BUILD_SHARED_LIBS is set and off, with its name, version, headers, hardening
+# and visibility. What a shared one exports stands in packaging/<target>.map.
+function(korvan_add_library target)
+  if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
+    add_library(${target} STATIC)
+  else()
+    add_library(${target} SHARED)
+    set(map "${PROJECT_SOURCE_DIR}/packaging/${target}.map")
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${map}")
+    target_link_options(${target} PRIVATE
+      LINKER:--version-script=${map}
+      LINKER:-z,relro,-z,now,-z,noexecstack,--as-needed,-O1)
+    if(KORVAN_HAS_PACKED_RELATIVE_RELOCATIONS)
+      target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
+    endif()
+    # A sanitizer's own symbols are found only when a program is linked.
+    if(KORVAN_PLATFORM STREQUAL bundled AND NOT KORVAN_SANITIZE)
+      target_link_options(${target} PRIVATE LINKER:-z,defs)
+    endif()
+  endif()
   set_target_properties(${target} PROPERTIES
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
+    POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
-    VISIBILITY_INLINES_HIDDEN ON
-    LINK_DEPENDS "${map}")
-  if(NOT target STREQUAL PROJECT_NAME)
-    set_target_properties(${target} PROPERTIES
-      OUTPUT_NAME ${PROJECT_NAME}_${target})
-  endif()
+    VISIBILITY_INLINES_HIDDEN ON)
   target_compile_features(${target} PUBLIC cxx_std_11)
   target_include_directories(${target}
     PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
@@ -71,18 +78,10 @@ function(korvan_shared_library target)
   target_link_libraries(${target} PRIVATE
     $<BUILD_INTERFACE:korvan_build_flags>)
   target_compile_options(${target} PRIVATE ${korvan_hardening})
-  target_link_options(${target} PRIVATE
-    LINKER:--version-script=${map}
-    LINKER:-z,relro,-z,now,-z,noexecstack,--as-needed,-O1)
-  if(KORVAN_HAS_PACKED_RELATIVE_RELOCATIONS)
-    target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
-  endif()
-  # Sanitizers bring their own checks of libc calls, and symbols of their own.
+  # The fortified calls need an optimising compiler, and sanitizers bring
+  # checks of their own.
   if(NOT KORVAN_SANITIZE)
     target_compile_options(${target} PRIVATE
-      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
-    if(KORVAN_PLATFORM STREQUAL bundled)
-      target_link_options(${target} PRIVATE LINKER:-z,defs)
-    endif()
+      "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
   endif()
 endfunction()

@@ -8,6 +8,6 @@ rm -rf "$work"
 "$cmake" -S "$source" -B "$work/build" -G Ninja \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release \
   -DCMAKE_CXX_FLAGS_RELEASE="$flags" -DKORVAN_WARNINGS_AS_ERRORS=ON \
-  -DBUILD_TESTING=OFF
+  -DKORVAN_BUILD_TESTS=OFF
 "$cmake" --build "$work/build"
 "$cmake" --install "$work/build" --prefix "$work/installed" > /dev/null

@@ -18,6 +18,19 @@ must_fail() {
   fi
 }
 
+# must_fail_saying PATTERN WHAT COMMAND...
+# For a test that many things can make fail: PATTERN tells that it was this one.
+must_fail_saying() {
+  pattern=$1
+  shift
+  must_fail "$@"
+  if ! printf '%s\n' "$output" | grep -qe "$pattern"; then
+    echo "fails for another reason than '$pattern':"
+    printf '%s\n' "$output" | sed 's/^/  /'
+    self_test_failures=$((self_test_failures + 1))
+  fi
+}
+
 # must_pass WHAT COMMAND...
 # Without this, a test that always fails would pass its self-test.
 must_pass() {

@@ -1,0 +1,2 @@
+// The outer project's own platform.
+const char* PlatformName() { return "the outer platform"; }
