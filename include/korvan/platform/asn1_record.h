@@ -12,7 +12,8 @@
 ///
 /// NO OPERATION IS `noexcept`, destructors apart: a host's definitions take the
 /// place of these at load, and a host may throw from each. The key conversions
-/// let such an exception through to their caller.
+/// let such an exception through to their caller. (Only the operations of a
+/// shared library can be replaced so; those of a linked static one stay.)
 
 /// A buffer of bytes that owns what it holds.
 ///

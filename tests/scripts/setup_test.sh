@@ -1,0 +1,144 @@
+#!/bin/sh
+# setup_test.sh [--self-test] SETUP
+# Runs scripts/setup on a system that only seems to be there: dpkg-query,
+# apt-get, id and sudo are scripts of this test's own.
+set -eu
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+if [ "$1" = --self-test ]; then
+  setup=$2
+  # shellcheck source=tests/support/self_test.sh
+  . "$(dirname "$0")/../support/self_test.sh"
+  breaks() {  # breaks WHAT SED_SCRIPT
+    sed "$2" "$setup" > "$work/setup"
+    chmod +x "$work/setup"
+    ! cmp -s "$setup" "$work/setup" || { echo "not broken: $1"; exit 1; }
+    must_fail "$1" "$0" "$work/setup"
+  }
+  # shellcheck disable=SC2016  # sed's patterns, not the shell's
+  {
+    must_pass "nothing broken" "$0" "$setup"
+    breaks "pending triggers taken for missing" 's/ | triggers-pending//'
+    breaks "no line to type" 's/^  echo "  \$install" >&2$/  :/'
+    breaks "CXX not looked at" 's/if \[ -n "\${CXX:-}" \]/if false/'
+    breaks "CC ignored silently" 's/^  *say "CC is not used.*/:/'
+    breaks "seven packages for a demo" 's/^demo="/&a b c /'
+    breaks "an unknown group" 's/exit 2/continue/'
+    breaks "installs nothing" 's/apt-get install -y/true/'
+    breaks "a failure that is not told" 's/^  exit 1$/  exit 0/'
+  }
+  end_self_test
+fi
+setup=$1
+
+fail() {
+  echo "$*"
+  exit 1
+}
+
+mkdir "$work/bin"
+for command in sed grep cat mktemp rm env; do
+  ln -s "$(command -v $command)" "$work/bin/$command"
+done
+# Answers as dpkg-query does, from the file named `status`.
+cat > "$work/bin/dpkg-query" <<'END'
+#!/bin/sh
+for package; do :; done
+state=$(sed -n "s/^$package //p" "$FAKE/status")
+[ -n "$state" ] || state=$(sed -n "s/^OTHERS //p" "$FAKE/status")
+[ "$state" != unknown ] || exit 1
+printf '%s' "$state"
+END
+cat > "$work/bin/apt-get" <<'END'
+#!/bin/sh
+echo "apt-get $*" >> "$FAKE/calls"
+[ ! -e "$FAKE/apt_fails" ]
+END
+cat > "$work/bin/id" <<'END'
+#!/bin/sh
+cat "$FAKE/user"
+END
+chmod +x "$work/bin/dpkg-query" "$work/bin/apt-get" "$work/bin/id"
+
+# setup_on USER STATUS_OF_OTHERS ARGUMENT...: output and calls are in files.
+setup_on() {
+  echo "$1" > "$work/user"
+  echo "OTHERS $2" >> "$work/status"
+  shift 2
+  : > "$work/calls"
+  status=0
+  env -u CC -u CXX PATH="$work/bin" FAKE="$work" ${cxx:+"CXX=$cxx"} \
+    ${cc:+"CC=$cc"} /bin/sh "$setup" "$@" > "$work/output" 2>&1 || status=$?
+  rm "$work/status"
+}
+cxx='' cc=''
+
+says() {
+  grep -qe "$1" "$work/output" ||
+    fail "not said: '$1', but: $(cat "$work/output")"
+}
+called() {
+  grep -qe "$1" "$work/calls" ||
+    fail "not called: '$1', but: $(cat "$work/calls")"
+}
+calls_nothing() {
+  [ ! -s "$work/calls" ] || fail "called: $(cat "$work/calls")"
+}
+
+# All is there.
+for state in installed triggers-pending triggers-awaited; do
+  for group in demo test bench bare; do
+    setup_on 0 $state $group
+    [ "$status" -eq 0 ] || fail "$state: status $status"
+    calls_nothing
+    [ ! -s "$work/output" ] || fail "$state: $(cat "$work/output")"
+  done
+done
+
+# One is missing, or was removed, or is half there.
+for state in unknown not-installed config-files half-installed unpacked; do
+  echo "cmake $state" > "$work/status"
+  setup_on 0 installed demo
+  [ "$status" -eq 0 ] || fail "$state: status $status"
+  called '^apt-get update'
+  called '^apt-get install .* cmake$'
+done
+
+# A demo takes six packages at most.
+setup_on 1000 unknown demo
+[ "$status" -eq 1 ] || fail "not root: status $status"
+calls_nothing
+says '^  apt-get install --no-install-recommends g++ cmake'
+count=$(sed -n 's/^  apt-get install --no-install-recommends //p' \
+  "$work/output" | wc -w)
+[ "$count" -le 6 ] || fail "$count packages for a demo"
+
+# Installing fails.
+touch "$work/apt_fails"
+setup_on 0 unknown demo
+rm "$work/apt_fails"
+[ "$status" -eq 1 ] || fail "apt-get fails: status $status"
+says '^  apt-get install '
+
+# A compiler of the caller's own.
+cxx='/bin/sh -x'
+setup_on 1000 unknown demo
+grep -q 'g++' "$work/output" && fail "g++ beside CXX"
+says '^  apt-get install --no-install-recommends cmake'
+cxx=no-such-compiler
+setup_on 0 unknown demo
+[ "$status" -eq 1 ] || fail "no such compiler: status $status"
+says "CXX is 'no-such-compiler'"
+calls_nothing
+cxx=/bin/sh
+setup_on 0 installed test
+says 'CXX and CC are not used'
+cxx='' cc=gcc
+setup_on 0 installed demo
+says 'CC is not used'
+cc=''
+
+# Groups.
+setup_on 0 installed tset
+[ "$status" -eq 2 ] || fail "an unknown group: status $status"
+says "no group 'tset'"
