@@ -1,9 +1,3 @@
-#ifndef KORVAN_CRYPTOAPI_H_
-#define KORVAN_CRYPTOAPI_H_
-
-#include <cstddef>
-#include <cstdint>
-
 /// @file
 /// The CryptoAPI types, layouts and values that the library's interface uses,
 /// under their published names and at global scope.
@@ -15,6 +9,11 @@
 ///
 /// All values and layouts are those of the published `wincrypt.h` on a 64-bit
 /// platform, with 32-bit `DWORD` and native pointers.
+#ifndef KORVAN_CRYPTOAPI_H_
+#define KORVAN_CRYPTOAPI_H_
+
+#include <cstddef>
+#include <cstdint>
 
 #ifndef KORVAN_HOST_CRYPTOAPI
 

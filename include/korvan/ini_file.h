@@ -1,12 +1,3 @@
-#ifndef KORVAN_INI_FILE_H_
-#define KORVAN_INI_FILE_H_
-
-#include <korvan/export.h>
-
-#include <iosfwd>
-#include <map>
-#include <string>
-
 /// @file
 /// INI files: a document of named sections, each with named keys, each with a
 /// value. It exists for narrow text, `CIniFileA`, and for wide text,
@@ -32,18 +23,27 @@
 ///   - Names lose the spaces and tabs at their ends wherever they are given.
 ///     Values are kept as they are.
 ///   - A document owns its sections and a section its keys. Pointers to them
-///     are lent: they hold until the section or key is removed, which loading
+///     are borrowed: valid until the section or key is removed, which loading
 ///     without merge does to all of them. Renaming keeps them.
 ///
-/// Where memory runs out, `std::bad_alloc` (for a text too long for a string
+/// When allocation fails, `std::bad_alloc` (for a text too long for a string
 /// `std::length_error`) passes through to the caller, and the document is as
-/// it was before the call; only a load keeps what it had read by then.
+/// it was before the call: the strong guarantee. Only a load keeps what it had
+/// read by then.
 ///
 /// Documents that are not shared may be used by different threads at the same
 /// time. One document may be read by several threads as long as none changes
 /// it.
 ///
 /// The text format is told in docs/ini_format.md.
+#ifndef KORVAN_INI_FILE_H_
+#define KORVAN_INI_FILE_H_
+
+#include <korvan/export.h>
+
+#include <iosfwd>
+#include <map>
+#include <string>
 
 namespace korvan {
 
@@ -141,13 +141,13 @@ class KORVAN_API CIniFileA {
     ///
     /// @param name  the name; any text, the empty one too. An existing key
     ///              keeps its own spelling.
-    /// @return the key, never null; lent.
+    /// @return the key, never null; borrowed.
     CIniKeyA* AddKey(std::string name);
 
     /// Finds the key of a name.
     ///
     /// @param name  the name.
-    /// @return the key, lent; null where there is none.
+    /// @return the key, borrowed; null where there is none.
     CIniKeyA* GetKey(std::string name) const;
 
     /// Destroys the key of a name, if there is one.
@@ -166,7 +166,7 @@ class KORVAN_API CIniFileA {
     /// Destroys all keys.
     void RemoveAllKeys();
 
-    /// @return the keys themselves, no copy; lent by the section.
+    /// @return the keys themselves, no copy; borrowed from the section.
     const Keys& GetKeys() const;
 
     /// @return a copy of the name.
@@ -231,7 +231,8 @@ class KORVAN_API CIniFileA {
   CIniFileA& operator=(const CIniFileA&) = delete;
 
   /// Reads INI text from a stream, to its end or to the first line that can't
-  /// be read. Lines that are neither header nor key line are skipped, unsaid.
+  /// be read. Lines that are neither header nor key line are skipped
+  /// silently.
   ///
   /// The stream is left as a loop of `std::getline` would leave it: failed,
   /// and at its end unless reading broke off. A stream that has failed before
@@ -251,8 +252,8 @@ class KORVAN_API CIniFileA {
   /// @param merge      as above.
   /// @return whether the file could be opened. Where it could not, the
   ///         document stays as it is, WITHOUT MERGE TOO; where it could, the
-  ///         result is true WHATEVER HAPPENED AFTER: a directory opens, and
-  ///         then gives no lines.
+  ///         result is true WHATEVER HAPPENS AFTERWARDS: a directory opens,
+  ///         and then gives no lines.
   bool Load(const std::string& file_name, bool merge = false);
 
   /// Writes the document to a stream: for each section, in order, "[name]"
@@ -272,24 +273,24 @@ class KORVAN_API CIniFileA {
   /// file and rename it.
   ///
   /// @param file_name  the name, as `std::ofstream` takes it.
-  /// @return whether the file could be opened; true WHATEVER HAPPENED AFTER,
-  ///         be the disk full or a character not to be converted.
+  /// @return whether the file could be opened; true WHATEVER HAPPENS
+  ///         AFTERWARDS: a full disk, or a character that can't be converted.
   bool Save(const std::string& file_name);
 
-  /// @return the sections themselves, no copy; lent by the document.
+  /// @return the sections themselves, no copy; borrowed from the document.
   const Sections& GetSections() const;
 
   /// Finds the section of a name, or creates it without keys.
   ///
   /// @param name  the name; any text, the empty one too. An existing section
   ///              keeps its own spelling.
-  /// @return the section, never null; lent.
+  /// @return the section, never null; borrowed.
   CIniSectionA* AddSection(std::string name);
 
   /// Finds the section of a name.
   ///
   /// @param name  the name.
-  /// @return the section, lent; null where there is none.
+  /// @return the section, borrowed; null where there is none.
   CIniSectionA* GetSection(std::string name) const;
 
   /// Destroys the section of a name and its keys, if there is one.

@@ -1,8 +1,7 @@
-#ifndef KORVAN_KORVAN_H_
-#define KORVAN_KORVAN_H_
-
 /// @file
 /// The whole interface of the library.
+#ifndef KORVAN_KORVAN_H_
+#define KORVAN_KORVAN_H_
 
 #include <korvan/cryptoapi.h>
 #include <korvan/export.h>

@@ -1,9 +1,3 @@
-#ifndef KORVAN_OID_INFO_H_
-#define KORVAN_OID_INFO_H_
-
-#include <korvan/cryptoapi.h>
-#include <korvan/export.h>
-
 /// @file
 /// The OID registry: 259 records in nine groups that translate between dotted
 /// OIDs, display names and algorithm identifiers.
@@ -18,14 +12,14 @@
 /// `pwszName` until a lookup first needs the name; then the lookup loads the
 /// text, and from there on `pwszName` points to it. A number without a text
 /// leaves the name null for good. EVERY RECORD THAT A LOOKUP RETURNS HAS ITS
-/// NAME RESOLVED: to text or to null, never a number. Whoever walks
-/// `oid_registry` by hand meets the numbers too.
+/// NAME RESOLVED: to text or to null, never a number. A caller who walks
+/// `oid_registry` meets the numbers too.
 ///
 /// Errors. A lookup reports failure by null and sets no last-error code of its
 /// own. Loading a name whose text is missing leaves behind the 87,
 /// `ERROR_INVALID_PARAMETER`, of `LoadString_korvan`, also where the lookup
-/// succeeds. The only exception is `std::bad_alloc`, when there is no memory
-/// for a name: the record's name then stays null for good.
+/// succeeds. The only exception is `std::bad_alloc`, when allocation for a
+/// name fails: the record's name then stays null for good.
 ///
 /// Threads. Lookups may run on any number of threads at once, first use of a
 /// name included: all come back with the one name that is kept. Lookups of
@@ -33,9 +27,9 @@
 /// `CleanupOidInfo`, which also runs when the library is unloaded and when the
 /// process exits.
 ///
-/// Walking. Who walks `oid_registry` while other threads look up READS
-/// `pwszName` AND `dwOidFlags` ATOMICALLY, for a lookup may write them at that
-/// moment; all other fields never change:
+/// Walking. A caller who walks `oid_registry` while other threads look up must
+/// READ `pwszName` AND `dwOidFlags` ATOMICALLY, because a lookup may write them
+/// at that moment; all other fields never change:
 ///
 ///     LPCWSTR name = __atomic_load_n(&record.pwszName, __ATOMIC_ACQUIRE);
 ///     DWORD flags = __atomic_load_n(&record.dwOidFlags, __ATOMIC_ACQUIRE);
@@ -46,6 +40,11 @@
 ///
 /// Forks. A process may fork at any time. Lookups go on in the child, with the
 /// names that were loaded at that moment.
+#ifndef KORVAN_OID_INFO_H_
+#define KORVAN_OID_INFO_H_
+
+#include <korvan/cryptoapi.h>
+#include <korvan/export.h>
 
 namespace korvan {
 
@@ -117,7 +116,7 @@ KORVAN_API extern const OID_TABLE_INFO oid_registry[9];
 /// including the match; a search by name in all groups that finds nothing
 /// loads every name there is.
 ///
-/// @throws std::bad_alloc when there is no memory for a name.
+/// @throws std::bad_alloc when allocation for a name fails.
 ///
 /// Any thread may call it, see the head of this file. It sets no last-error
 /// code but the 87 of a missing text. Key types and group ids are CryptoAPI's,
@@ -131,7 +130,7 @@ KORVAN_API COidData* FindOIDInfo(unsigned int dwKeyType, void* pvKey,
 /// @param pvKey      as for `FindOIDInfo`.
 /// @param dwGroupId  as for `FindOIDInfo`.
 /// @return as `FindOIDInfo`.
-/// @throws std::bad_alloc when there is no memory for a name.
+/// @throws std::bad_alloc when allocation for a name fails.
 KORVAN_API COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
                                          unsigned int dwGroupId);
 
@@ -145,7 +144,7 @@ KORVAN_API COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
 /// @return the first record in array order that matches, its name resolved;
 ///         null when there is none. Names loaded into a caller's own records
 ///         are the caller's, see `InitOidInfoWorker`.
-/// @throws std::bad_alloc when there is no memory for a name.
+/// @throws std::bad_alloc when allocation for a name fails.
 ///
 /// Threads and the last error are as for `FindOIDInfo`.
 KORVAN_API COidData* FindOIDInfoInternal(const OID_TABLE_INFO& table,
@@ -162,7 +161,7 @@ KORVAN_API COidData* FindOIDInfoInternal(const OID_TABLE_INFO& table,
 /// With key type 2, a number in the record's name is first replaced by its
 /// text, as `InitOidInfoWorker` does; no other key type loads a name.
 ///
-/// @throws std::bad_alloc when there is no memory for a name.
+/// @throws std::bad_alloc when allocation for a name fails.
 ///
 /// Threads and the last error are as for `FindOIDInfo`.
 KORVAN_API bool MatchOidInfo(COidData& record, unsigned int dwKeyType,
@@ -181,7 +180,7 @@ KORVAN_API bool MatchOidInfo(COidData& record, unsigned int dwKeyType,
 /// `CleanupOidInfo` frees the name of a registry's record. The name of a
 /// caller's own record belongs to the caller, who frees it with `delete[]`.
 ///
-/// @throws std::bad_alloc when there is no memory for the name.
+/// @throws std::bad_alloc when allocation for the name fails.
 ///
 /// The lookups call this themselves, safely on any number of threads. A direct
 /// call must not overlap another use of the same record. A missing text sets

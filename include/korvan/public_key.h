@@ -1,9 +1,3 @@
-#ifndef KORVAN_PUBLIC_KEY_H_
-#define KORVAN_PUBLIC_KEY_H_
-
-#include <korvan/cryptoapi.h>
-#include <korvan/export.h>
-
 /// @file
 /// A certificate's public key to the provider's key blob, and back.
 ///
@@ -19,8 +13,8 @@
 /// parameters as they are encoded, the key. Numbers are little-endian. The
 /// form is the same for every algorithm; docs/key_blob.md tells it whole.
 ///
-/// Buffers. What the functions hand out was allocated with `malloc` at exactly
-/// its size, is the caller's, and goes back with `free`. AN OUTPUT POINTER
+/// Buffers. Output buffers are allocated with `malloc` at exactly their size.
+/// The caller owns them and frees them with `free`. AN OUTPUT POINTER
 /// THAT IS NOT NULL ON ENTRY IS TAKEN FOR SUCH A BUFFER AND FREED FIRST, so
 /// start with null, and pass in no input that stands in the buffer.
 ///
@@ -28,8 +22,13 @@
 /// that succeeds returns 1 and leaves the last error alone, but see
 /// <korvan/oid_info.h>. Exceptions of the platform's ASN.1 record classes, and
 /// `std::bad_alloc` of working memory, pass through: no last error is set then
-/// and no buffer handed out. The bundled classes need such memory only for a
+/// and no output buffer made. The bundled classes need such memory only for a
 /// key of more than 512 bytes.
+#ifndef KORVAN_PUBLIC_KEY_H_
+#define KORVAN_PUBLIC_KEY_H_
+
+#include <korvan/cryptoapi.h>
+#include <korvan/export.h>
 
 namespace korvan {
 
@@ -50,8 +49,8 @@ namespace korvan {
 ///   `PublicKey.cUnusedBits` is not read.
 /// @param uUnused3  not read.
 /// @param uUnused4  not read.
-/// @param ppBlob    in: null, or a buffer that an earlier call handed out,
-///                  which is freed. Out: the blob, to be freed with `free`;
+/// @param ppBlob    in: null, or the output buffer of an earlier call, which
+///                  is freed. Out: the blob, to be freed with `free`;
 ///                  null on failure. Must not be null, and is not checked.
 /// @param pcbBlob   receives the blob's size in bytes. Must not be null.
 /// @return 1 on success, 0 on failure.
@@ -61,9 +60,10 @@ namespace korvan {
 ///     FREED OR WRITTEN, `*ppBlob` keeps its buffer;
 ///   - 0x80090008, `NTE_BAD_ALGID`: the OID is null or no public-key algorithm
 ///     of the registry. `*ppBlob` is null, `*pcbBlob` unchanged;
-///   - 0x8009000E, `NTE_NO_MEMORY`: there is no memory for the blob, or its
+///   - 0x8009000E, `NTE_NO_MEMORY`: allocation of the blob fails, or its
 ///     size does not fit in 32 bits. `*ppBlob` is null, `*pcbBlob` holds the
-///     size that could not be had, its lower 32 bits where it does not fit.
+///     size that could not be allocated, its lower 32 bits where it does not
+///     fit.
 ///
 /// @throws std::bad_alloc and what the platform's record classes throw:
 ///         `*ppBlob` is null then and `*pcbBlob` unchanged.
@@ -105,7 +105,7 @@ KORVAN_API int KRVConvertPublicKeyInfo(unsigned int uUnused1,
 /// @param pcbParams  receives the size of the parameters. Must not be null,
 ///                   and is not checked.
 /// @return 1 on success, 0 on failure. With null for `ppbKey` and for
-///         `ppbParams` it gives the sizes and hands out nothing.
+///         `ppbParams` it gives the sizes alone.
 ///
 /// On failure the last error is
 ///   - 87, `ERROR_INVALID_PARAMETER`: `pbBlob` is null or `cbBlob` 0. NOTHING
@@ -115,7 +115,7 @@ KORVAN_API int KRVConvertPublicKeyInfo(unsigned int uUnused1,
 ///     are null, the sizes unchanged;
 ///   - 0x800B0005, `DIGSIG_E_ENCODE`: the platform's encoder reports a
 ///     failure. Both pointers are null, the sizes unchanged;
-///   - 0x8009000E, `NTE_NO_MEMORY`: there is no memory for an output. Both
+///   - 0x8009000E, `NTE_NO_MEMORY`: allocation of an output fails. Both
 ///     sizes are written. `*ppbParams` is null; `*ppbKey` IS NULL ONLY IF ITS
 ///     OWN BUFFER FAILED, else it holds the key and is to be freed.
 ///

@@ -1,8 +1,3 @@
-#ifndef KORVAN_STRING_RESOURCES_H_
-#define KORVAN_STRING_RESOURCES_H_
-
-#include <korvan/export.h>
-
 /// @file
 /// The display texts of the provider: 169 ASCII texts, compiled in, each known
 /// by a number. The OID registry names many of its records by these numbers.
@@ -11,6 +6,10 @@
 /// that one. SUCH A FUNCTION MUST NOT LOOK NAMES UP IN THE REGISTRY, nor call
 /// what does: the lookup would meet a name that is not loaded yet and call the
 /// function again, without end.
+#ifndef KORVAN_STRING_RESOURCES_H_
+#define KORVAN_STRING_RESOURCES_H_
+
+#include <korvan/export.h>
 
 /// Copies the text numbered `uID` into a caller's buffer.
 ///

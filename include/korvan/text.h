@@ -1,10 +1,3 @@
-#ifndef KORVAN_TEXT_H_
-#define KORVAN_TEXT_H_
-
-#include <korvan/export.h>
-
-#include <string>
-
 /// @file
 /// Text helpers of the INI library: trimming a string in place, and turning
 /// wide text into narrow text and back.
@@ -12,6 +5,12 @@
 /// None of them keeps any state. The trims may be called by any thread on its
 /// own strings; the conversions too, as long as no thread changes the
 /// process's locale meanwhile.
+#ifndef KORVAN_TEXT_H_
+#define KORVAN_TEXT_H_
+
+#include <korvan/export.h>
+
+#include <string>
 
 namespace korvan {
 
@@ -68,7 +67,7 @@ KORVAN_API void Trim(std::wstring& text, const std::wstring& set);
 ///
 /// @param text  the text to convert.
 /// @return the converted text, the caller's.
-/// @throw std::bad_alloc or std::length_error for want of memory.
+/// @throws std::bad_alloc or std::length_error when allocation fails.
 KORVAN_API std::string wstr_to_str(const std::wstring& text);
 
 /// Converts text in the multibyte encoding of the C library's current locale
@@ -81,7 +80,7 @@ KORVAN_API std::string wstr_to_str(const std::wstring& text);
 ///
 /// @param text  the text to convert.
 /// @return the converted text, the caller's.
-/// @throw std::bad_alloc or std::length_error for want of memory.
+/// @throws std::bad_alloc or std::length_error when allocation fails.
 KORVAN_API std::wstring str_to_wstr(const std::string& text);
 
 }  // namespace korvan

@@ -42,14 +42,14 @@ class GuardedBlock {
   Char* start_;
 };
 
-// While it lives, no file takes a byte more.
+// While it lives, no file grows beyond `capacity` bytes.
 class FullDisk {
  public:
-  FullDisk() {
+  explicit FullDisk(std::size_t capacity = 0) {
     former_handler_ = signal(SIGXFSZ, SIG_IGN);
     EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &former_), 0);
     rlimit full = former_;
-    full.rlim_cur = 0;
+    full.rlim_cur = capacity;
     EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
   }
   FullDisk(const FullDisk&) = delete;
@@ -135,6 +135,34 @@ TEST_F(NarrowStreamArea, AFileThatRefusedACharacterGetsWhatInsertionsGiveIt) {
   }
 }
 
+TEST_F(NarrowStreamArea, AFileThatTakesAPartAgainGetsWhatInsertionsGiveIt) {
+  const std::string path = folder_ / "a.ini";
+  const auto saved = [&](auto& file, std::size_t capacity) {
+    std::basic_filebuf<char> buffer;
+    GuardedBlock<char> block(kBlock);
+    buffer.pubsetbuf(block.start(), block.size());
+    EXPECT_NE(buffer.open(path, std::ios_base::out | std::ios_base::binary),
+              nullptr);
+    std::ostream output(&buffer);
+    {
+      const FullDisk full;
+      Overfill(buffer, kBlock);
+    }
+    const FullDisk full(capacity);
+    file.Save(output);
+    return Shown(output.rdstate()) + " " + BytesOf(path);
+  };
+  // A text so short that the buffer could hold it.
+  korvan::CIniFileA file;
+  PlainIni<char> plain;
+  file.AddSection("a");
+  plain.AddSection("a");
+  for (std::size_t capacity = 0; capacity < kBlock + 6; ++capacity) {
+    EXPECT_EQ(saved(file, capacity), saved(plain, capacity))
+        << capacity << " bytes are taken";
+  }
+}
+
 // Here the standard library's own insertion of a wide or a padded text writes
 // beyond the block, so only the outcome can be stated.
 
@@ -210,6 +238,40 @@ TYPED_TEST(IniStreamArea, AFileBufferIsWrittenToTheEndOfItsBlockAndNotBeyond) {
           << "block of " << size << ", " << before << " before";
     }
   }
+}
+
+// A caller's own buffer, overfull in its own way, that counts its flushes.
+template <class Char>
+class OverfullOutput : public std::basic_streambuf<Char> {
+ public:
+  OverfullOutput() {
+    this->setp(area_, area_ + 1);
+    this->pbump(2);
+  }
+
+  int flushes() const { return flushes_; }
+
+ protected:
+  std::streamsize xsputn(const Char* /*text*/, std::streamsize size) override {
+    return size;
+  }
+  int sync() override {
+    ++flushes_;
+    return 0;
+  }
+
+ private:
+  Char area_[3] = {};
+  int flushes_ = 0;
+};
+
+TYPED_TEST(IniStreamArea, ACallersOverfullBufferIsNotFlushed) {
+  using Char = typename TypeParam::Char;
+  OverfullOutput<Char> buffer;
+  std::basic_ostream<Char> output(&buffer);
+  this->file_.Save(output);
+  EXPECT_TRUE(output.good());
+  EXPECT_EQ(buffer.flushes(), 0);
 }
 
 // Begins and ends with a `gptr` beyond `egptr`, as a buffer may that counts

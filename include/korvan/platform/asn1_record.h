@@ -1,19 +1,19 @@
-#ifndef KORVAN_PLATFORM_ASN1_RECORD_H_
-#define KORVAN_PLATFORM_ASN1_RECORD_H_
-
-#include <korvan/export.h>
-
 /// @file
 /// One ASN.1 record, that is identifier, length and content, read from BER and
 /// written in DER (X.690), and the byte buffer that carries it.
 ///
-/// A host process has these two classes of its own; the platform library's
-/// stand in where there is none. Clauses are those of X.690 (08/2015).
+/// A host process has its own definitions of these two classes. The platform
+/// library has some for processes that have none. Clauses are those of X.690
+/// (08/2015).
 ///
 /// NO OPERATION IS `noexcept`, destructors apart: a host's definitions take the
 /// place of these at load, and a host may throw from each. The key conversions
 /// let such an exception through to their caller. (Only the operations of a
 /// shared library can be replaced so; those of a linked static one stay.)
+#ifndef KORVAN_PLATFORM_ASN1_RECORD_H_
+#define KORVAN_PLATFORM_ASN1_RECORD_H_
+
+#include <korvan/export.h>
 
 /// A buffer of bytes that owns what it holds.
 ///
@@ -29,21 +29,22 @@ class KORVAN_API IdentObj {
   ///
   /// @param bytes  the bytes; may be null when `count` is 0.
   /// @param count  how many.
-  /// @throws std::bad_alloc when there is no memory for them.
+  /// @throws std::bad_alloc when allocation fails.
   IdentObj(const void* bytes, unsigned int count);
 
   /// Makes an independent copy, as the constructor from bytes does.
   ///
   /// @param other  the buffer to copy.
-  /// @throws std::bad_alloc when there is no memory for its bytes.
+  /// @throws std::bad_alloc when allocation fails.
   IdentObj(const IdentObj& other);
 
   /// Makes this buffer an independent copy of `other`, which may be this one.
   ///
   /// @param other  the buffer to copy.
   /// @return this buffer.
-  /// @throws std::bad_alloc when there is no memory; the buffer keeps then
-  ///         what it held.
+  /// @throws std::bad_alloc when allocation fails; the buffer then keeps what
+  /// it
+  ///         held.
   IdentObj& operator=(const IdentObj& other);
 
   /// Releases the bytes.
@@ -65,7 +66,7 @@ class KORVAN_API IdentObj {
   static constexpr unsigned int kMostInPlace = 528;
 
   void Assign(const void* bytes, unsigned int count);
-  // Takes the heap, or leaves it.
+  // Moves the bytes to the heap, or back into the object.
   void AssignElsewhere(const void* bytes, unsigned int count);
 
   unsigned char* heap_;  // where the bytes stand if not in `room_`, or null
@@ -106,14 +107,15 @@ class KORVAN_API CASNTBaseRecord {
   ~CASNTBaseRecord();
 
   /// Reads the first record in `encoded`, in BER with a definite length, and
-  /// takes its place. Bytes that follow it are of no account, and lengths
-  /// that are longer written than needed are read (8.1.3.5, note 2).
+  /// takes its place. Bytes that follow it are ignored, and lengths that are
+  /// written longer than needed are read (8.1.3.5, note 2).
   ///
   /// @param encoded  the bytes; they are copied and may go afterwards. They
   ///                 may be this record's own content.
   /// @return true when a whole record was read.
-  /// @throws std::bad_alloc when there is no memory for the content; the
-  ///         record keeps then what it held. MALFORMED BYTES NEVER THROW.
+  /// @throws std::bad_alloc when allocation fails; the record then keeps what
+  /// it
+  ///         held. MALFORMED BYTES NEVER THROW.
   ///
   /// No byte past `encoded.length` is read. These leave the record blank, so
   /// that `GetTag` gives 0 and `GetRecord` reports `kAsn1NoRecord`:
@@ -156,7 +158,7 @@ class KORVAN_API CASNTBaseRecord {
   /// @param status  receives why the content is not there, a value of
   ///                `Asn1Status`; left alone when it is. Must not be null.
   /// @return the content, empty where `status` was set. It is the record's
-  ///         and holds until the record is changed or destroyed.
+  ///         and valid until the record is changed or destroyed.
   const IdentObj& GetRecord(int* status) const;
 
   /// Gives the record a tag and makes it primitive. The content stays.
@@ -170,8 +172,9 @@ class KORVAN_API CASNTBaseRecord {
   /// @param bytes  the content, which is copied; may be null when `count` is
   ///               0, and may be this record's own content.
   /// @param count  its length in bytes.
-  /// @throws std::bad_alloc when there is no memory for it; the record keeps
-  ///         then what it held.
+  /// @throws std::bad_alloc when allocation fails; the record then keeps what
+  /// it
+  ///         held.
   void SetEntry(const void* bytes, unsigned int count);
 
   /// Returns the record's encoding in DER: identifier, length in its shortest
@@ -180,7 +183,7 @@ class KORVAN_API CASNTBaseRecord {
   /// @param status  receives why there is no encoding, a value of
   ///                `Asn1Status`; left alone when there is. Must not be null.
   /// @return the encoding, empty where `status` was set. It is the record's
-  ///         and holds until the record is changed, asked for it again or
+  ///         and valid until the record is changed, asked for it again or
   ///         destroyed.
   const IdentObj& GetEncodedRecord(int* status) const;
 

@@ -1,14 +1,14 @@
+/// @file
+/// The calling thread's last-error code, as CryptoAPI functions report it.
+///
+/// A host process that emulates the Windows API has its own definitions of
+/// these two functions. The platform library has some for processes that have
+/// none. Neither is
+/// `noexcept`: a host's own may throw.
 #ifndef KORVAN_PLATFORM_LAST_ERROR_H_
 #define KORVAN_PLATFORM_LAST_ERROR_H_
 
 #include <korvan/export.h>
-
-/// @file
-/// The calling thread's last-error code, as CryptoAPI functions report it.
-///
-/// A host process that emulates the Windows API has these two functions of
-/// its own; the platform library's stand in where there is none. Neither is
-/// `noexcept`: a host's own may throw.
 
 extern "C" {
 
