@@ -1,3 +1,6 @@
+// One ASN.1 record and its byte buffer, as asn1_record.h states them. The
+// content of a record has room before it, so that its encoding is made in
+// place.
 #include <korvan/platform/asn1_record.h>
 
 #include <cstddef>
@@ -7,7 +10,7 @@
 
 namespace {
 
-using Bytes = std::span<const unsigned char>;
+using ByteView = std::span<const unsigned char>;
 
 constexpr unsigned int kClassBits = 0xC0;
 constexpr unsigned int kConstructedBit = 0x20;
@@ -20,11 +23,11 @@ constexpr unsigned int kLongLength = 0x80;
 constexpr int kClassShift = 24;
 constexpr unsigned int kNumberBits = 0x3FFFFFFF;
 
-// The functions that take something from the front of `rest` return false where
-// it is not there or not well-formed. Plain results, for an optional would go
-// through memory and cost more than the rest of the reading.
+// The Take functions take something from the front of `rest`, and return false
+// if it is missing or malformed. Their results are plain: an optional goes
+// through memory, which costs more than all the rest of the reading.
 
-bool TakeOctet(Bytes& rest, unsigned int& octet) {
+bool TakeOctet(ByteView& rest, unsigned int& octet) {
   if (rest.empty()) {
     return false;
   }
@@ -33,7 +36,7 @@ bool TakeOctet(Bytes& rest, unsigned int& octet) {
   return true;
 }
 
-bool TakeLongNumber(Bytes& rest, unsigned int& number) {
+bool TakeLongNumber(ByteView& rest, unsigned int& number) {
   unsigned int octet = 0;
   number = 0;
   do {
@@ -48,7 +51,7 @@ bool TakeLongNumber(Bytes& rest, unsigned int& number) {
   return number >= kLongNumber;
 }
 
-bool TakeSize(Bytes& rest, unsigned int& size) {
+bool TakeSize(ByteView& rest, unsigned int& size) {
   if (!TakeOctet(rest, size)) {
     return false;
   }
@@ -67,14 +70,14 @@ bool TakeSize(Bytes& rest, unsigned int& size) {
   return true;
 }
 
-// What stands before a record's content; tag 0 is no header.
+// What precedes a record's content. Tag 0 means that there is no header.
 struct Header {
   unsigned int tag = 0;
   unsigned int size = 0;
   bool constructed = false;
 };
 
-Header TakeHeader(Bytes& rest) {
+Header TakeHeader(ByteView& rest) {
   unsigned int identifier = 0;
   if (!TakeOctet(rest, identifier)) {
     return {};
@@ -91,9 +94,9 @@ Header TakeHeader(Bytes& rest) {
   return {tag, size, (identifier & kConstructedBit) != 0};
 }
 
-// Writes a header in its shortest form before `end`, and returns where it
-// begins: at most one octet and five of a 30-bit number, one and four of a
-// 32-bit length before.
+// Writes a header in its shortest form so that it ends at `end`, and returns
+// where it begins. It has 11 octets at most: an identifier octet and five of a
+// 30-bit number, a length octet and four of a 32-bit length.
 unsigned char* PutHeader(const Header& header, unsigned char* end) {
   const auto put = [&](unsigned int octet) {
     *--end = static_cast<unsigned char>(octet);
@@ -123,7 +126,7 @@ unsigned char* PutHeader(const Header& header, unsigned char* end) {
   return end;
 }
 
-// memmove wants pointers even for no bytes.
+// memmove does not allow null, not even for no bytes.
 void Copy(unsigned char* to, const void* from, unsigned int count) {
   if (count != 0) {
     std::memmove(to, from, count);
@@ -163,7 +166,7 @@ void IdentObj::AssignElsewhere(const void* bytes, unsigned int count) {
           ? nullptr
           : new unsigned char[std::size_t{kHeaderRoom} + count];
   unsigned char* const place = (heap == nullptr ? room_ : heap) + kHeaderRoom;
-  // The bytes may be this buffer's own: they go only when they are copied.
+  // The bytes may be this buffer's own, so they are freed after the copy.
   Copy(place, bytes, count);
   delete[] heap_;
   heap_ = heap;
@@ -176,7 +179,7 @@ CASNTBaseRecord::CASNTBaseRecord() : tag_(0), size_(0), constructed_(false) {}
 CASNTBaseRecord::~CASNTBaseRecord() = default;
 
 bool CASNTBaseRecord::SetEncodedEntry(const IdentObj& encoded) {
-  Bytes rest(encoded.data, encoded.length);
+  ByteView rest(encoded.data, encoded.length);
   const Header header = TakeHeader(rest);
   const bool whole = header.tag != 0 && header.size <= rest.size();
   content_.Assign(rest.data(), whole ? header.size : 0);

@@ -1,3 +1,4 @@
+// The last-error code of each thread, for processes whose host has none.
 #include <korvan/platform/last_error.h>
 
 namespace {

@@ -1,34 +1,19 @@
+// A certificate's public key to a key blob.
 #include <korvan/oid_info.h>
 #include <korvan/platform/asn1_record.h>
 #include <korvan/public_key.h>
 
 #include <cstdint>
 
-#include "pubkey/handed_out.h"
+#include "pubkey/failure.h"
 #include "pubkey/key_blob.h"
+#include "pubkey/octet_string.h"
+#include "pubkey/output_buffer.h"
 
 namespace korvan {
 namespace {
 
-// Leaves of `key`, the whole bit string, the content of the OCTET STRING that
-// it is, if its header takes two or three bytes. Only the lengths are looked
-// at, so a longer header than needed and a byte left over at the end pass too;
-// those keys are known unwrapped, and stay so.
-void Unwrap(const CRYPT_BIT_BLOB& bits, IdentObj& key) {
-  CASNTBaseRecord record;
-  record.SetEncodedEntry(key);
-  const unsigned int content = record.GetEntrySize();
-  // Below three bytes the first bound wraps round and nothing passes.
-  if (record.GetIsConstraction() || record.GetTag() != pubkey::kOctetString ||
-      content < bits.cbData - 3 || content >= bits.cbData - 1) {
-    return;
-  }
-  int status = 0;
-  key = record.GetRecord(&status);
-  if (status != 0 || key.length != record.GetEntrySize()) {
-    key = IdentObj(bits.pbData, bits.cbData);
-  }
-}
+void UnwrapOctetString(const CRYPT_BIT_BLOB& bits, IdentObj& key);
 
 }  // namespace
 
@@ -40,7 +25,7 @@ int KRVConvertPublicKeyInfo(unsigned int /*uUnused1*/,
   if (info == nullptr || pcbBlob == nullptr) {
     return pubkey::Fail(ERROR_INVALID_PARAMETER);
   }
-  pubkey::TakeBack(*ppBlob);
+  pubkey::FreeEarlierBuffer(*ppBlob);
   const COidData* const algorithm =
       FindOIDInfo(CRYPT_OID_INFO_OID_KEY, info->Algorithm.pszObjId,
                   CRYPT_PUBKEY_ALG_OID_GROUP_ID);
@@ -48,7 +33,7 @@ int KRVConvertPublicKeyInfo(unsigned int /*uUnused1*/,
     return pubkey::Fail(NTE_BAD_ALGID);
   }
   IdentObj key(info->PublicKey.pbData, info->PublicKey.cbData);
-  Unwrap(info->PublicKey, key);
+  UnwrapOctetString(info->PublicKey, key);
 
   const pubkey::KeyBlobHeader header = {
       {PUBLICKEYBLOB, pubkey::kBlobVersion, 0, algorithm->Algid},
@@ -59,10 +44,10 @@ int KRVConvertPublicKeyInfo(unsigned int /*uUnused1*/,
       std::uint64_t{sizeof(header)} + parameters.cbData + key.length;
   *pcbBlob = static_cast<unsigned int>(size);
   if (size != *pcbBlob) {
-    // A blob that 32 bits can't count can't be had, like one without memory.
+    // A size beyond 32 bits counts as a failed allocation.
     return pubkey::Fail(NTE_NO_MEMORY);
   }
-  if (!pubkey::HandOut(*ppBlob, *pcbBlob)) {
+  if (!pubkey::Allocate(*ppBlob, *pcbBlob)) {
     return 0;
   }
   unsigned char* next = pubkey::Append(*ppBlob, &header, sizeof(header));
@@ -71,4 +56,29 @@ int KRVConvertPublicKeyInfo(unsigned int /*uUnused1*/,
   return 1;
 }
 
+namespace {
+
+// If the key, which is the whole bit string, is an OCTET STRING with a header
+// of two or three bytes, replaces it by its content. Only the lengths are
+// compared, so a header longer than needed and a byte too many at the end pass
+// as well. Existing keys rely on that.
+void UnwrapOctetString(const CRYPT_BIT_BLOB& bits, IdentObj& key) {
+  CASNTBaseRecord record;
+  record.SetEncodedEntry(key);
+  const unsigned int content_size = record.GetEntrySize();
+  // Below three bytes the first bound wraps round, and nothing passes.
+  if (record.GetIsConstraction() || record.GetTag() != pubkey::kOctetString ||
+      content_size < bits.cbData - 3 || content_size >= bits.cbData - 1) {
+    return;
+  }
+  int status = 0;
+  // The key is assigned before it is checked, and put back if the check fails:
+  // a host sees the calls of its classes, in this order.
+  key = record.GetRecord(&status);
+  if (status != 0 || key.length != record.GetEntrySize()) {
+    key = IdentObj(bits.pbData, bits.cbData);
+  }
+}
+
+}  // namespace
 }  // namespace korvan

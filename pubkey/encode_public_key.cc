@@ -1,21 +1,22 @@
+// A key blob to the parts of a certificate's public key.
 #include <korvan/platform/asn1_record.h>
 #include <korvan/public_key.h>
 
 #include <cstring>
-#include <span>
 
-#include "pubkey/handed_out.h"
+#include "pubkey/failure.h"
 #include "pubkey/key_blob.h"
+#include "pubkey/octet_string.h"
+#include "pubkey/output_buffer.h"
 
 namespace korvan {
 namespace {
 
-// The provider's own GOST R 34.10-94, whose certificates carry the bare key.
+// The provider's own GOST R 34.10-94. Its certificates carry the bare key.
 constexpr ALG_ID kBareKeyAlgorithm = 0x2E29;
 
-using Bytes = std::span<const unsigned char>;
-
-// Where the caller wants what; the buffers' pointers may be null.
+// The caller's pointers. Those to buffers may be null: then only sizes are
+// asked for.
 struct Outputs {
   unsigned char** key;
   unsigned int* key_size;
@@ -23,14 +24,15 @@ struct Outputs {
   unsigned int* parameters_size;
 };
 
-int HandOut(const Outputs& outputs, Bytes key, Bytes parameters) {
+int StoreCopies(const Outputs& outputs, pubkey::ByteView key,
+                pubkey::ByteView parameters) {
   *outputs.key_size = static_cast<unsigned int>(key.size());
   *outputs.parameters_size = static_cast<unsigned int>(parameters.size());
-  if (outputs.key != nullptr && !pubkey::HandOutCopy(*outputs.key, key)) {
+  if (outputs.key != nullptr && !pubkey::AllocateCopy(*outputs.key, key)) {
     return 0;
   }
   if (outputs.parameters != nullptr && !parameters.empty() &&
-      !pubkey::HandOutCopy(*outputs.parameters, parameters)) {
+      !pubkey::AllocateCopy(*outputs.parameters, parameters)) {
     return 0;
   }
   return 1;
@@ -47,10 +49,10 @@ int KRVEncodePublicKeyAndParametrs(
     return pubkey::Fail(ERROR_INVALID_PARAMETER);
   }
   if (ppbKey != nullptr) {
-    pubkey::TakeBack(*ppbKey);
+    pubkey::FreeEarlierBuffer(*ppbKey);
   }
   if (ppbParams != nullptr) {
-    pubkey::TakeBack(*ppbParams);
+    pubkey::FreeEarlierBuffer(*ppbParams);
   }
   pubkey::KeyBlobHeader header;
   if (cbBlob < sizeof(header)) {
@@ -65,10 +67,10 @@ int KRVEncodePublicKeyAndParametrs(
   }
 
   const Outputs outputs = {ppbKey, pcbKey, ppbParams, pcbParams};
-  const Bytes parameters(pbBlob + sizeof(header), parameters_size);
-  const Bytes key(parameters.data() + parameters.size(), key_size);
+  const pubkey::ByteView parameters(pbBlob + sizeof(header), parameters_size);
+  const pubkey::ByteView key(parameters.data() + parameters.size(), key_size);
   if (header.head.aiKeyAlg == kBareKeyAlgorithm) {
-    return HandOut(outputs, key, parameters);
+    return StoreCopies(outputs, key, parameters);
   }
   CASNTBaseRecord record;
   record.SetTag(pubkey::kOctetString);
@@ -79,7 +81,8 @@ int KRVEncodePublicKeyAndParametrs(
     return pubkey::Fail(DIGSIG_E_ENCODE);
   }
   const auto* const encoded = static_cast<const unsigned char*>(encoding.data);
-  return HandOut(outputs, Bytes(encoded, encoding.length), parameters);
+  return StoreCopies(outputs, pubkey::ByteView(encoded, encoding.length),
+                     parameters);
 }
 
 }  // namespace korvan

@@ -1,4 +1,4 @@
-// The public key blob, whose layout stands here and nowhere else:
+// The public key blob. Its layout stands here and nowhere else:
 //
 //     offset  size  field
 //          0     1  bType       0x06, PUBLICKEYBLOB
@@ -7,11 +7,14 @@
 //          4     4  aiKeyAlg    ALG_ID of the key
 //          8     4  magic       "MAG1"
 //         12     4  bitLen      8 times the length of the key in bytes
-//         16     P  parameters  of the algorithm, as they are encoded
-//       16+P     K  key         in the order of the certificate
+//         16     P  parameters  of the algorithm, in their ASN.1 encoding
+//       16+P     K  key         bytes in the order of the certificate
 //
 // Numbers are little-endian. There is no padding, and nothing follows the key.
-// The header is the same for every algorithm, RSA and DSA included.
+// The header is the same for every algorithm, RSA and DSA included. One
+// conversion makes a blob of a certificate's key, the other splits a blob; both
+// see keys only through the platform's record classes, which a host may define
+// itself, so the order of their calls is part of the interface.
 #ifndef KORVAN_PUBKEY_KEY_BLOB_H_
 #define KORVAN_PUBKEY_KEY_BLOB_H_
 
@@ -36,10 +39,6 @@ static_assert(sizeof(KeyBlobHeader) == 16 &&
 
 constexpr BYTE kBlobVersion = 0x20;
 constexpr DWORD kMagic = 0x3147414D;
-
-// The tag of the record that a key comes wrapped in, the universal OCTET
-// STRING (X.690, 8.7).
-constexpr unsigned int kOctetString = 4;
 
 }  // namespace korvan::pubkey
 
