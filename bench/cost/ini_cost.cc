@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "measure.h"
+#include "cost/measure.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <dlfcn.h>
 
-#include "measure.h"
+#include "cost/measure.h"
 
 namespace {
 

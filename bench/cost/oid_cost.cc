@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "measure.h"
+#include "cost/measure.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "measure.h"
+#include "cost/measure.h"
 
 namespace {
 

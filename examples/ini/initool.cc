@@ -47,7 +47,7 @@ set and merge make FILE where there is none; merge takes from OTHER-FILE.
 WHAT IS READ. This format's reader takes two kinds of lines:
     [Section]     begins with "[", and ends with "]"
     [key=value    begins with "[", holds "=", and does not end with "]"
-and the second only below one of the first. It skips everything else unsaid:
+and the second only below one of the first. It skips everything else silently:
 comments, and the ordinary "key=value" too. The "[" belongs to the key's name:
     initool set f.ini Main '[key' value      is read back by
     initool get f.ini Main '[key'
@@ -100,7 +100,9 @@ class Descriptor {
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {
-    if (number_ >= 0) close(number_);
+    if (number_ >= 0) {
+      close(number_);
+    }
   }
 
   int get() const { return number_; }
@@ -114,14 +116,18 @@ class Descriptor {
 std::optional<std::string> ReadFile(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (file.get() < 0) {
-    if (errno == ENOENT) return std::nullopt;
+    if (errno == ENOENT) {
+      return std::nullopt;
+    }
     FailWith(errno, path, "can't open");
   }
   std::string bytes;
   char block[1 << 16];
   while (true) {
     const ssize_t taken = read(file.get(), block, sizeof block);
-    if (taken == 0) return bytes;
+    if (taken == 0) {
+      return bytes;
+    }
     if (taken > 0) {
       bytes.append(block, static_cast<std::size_t>(taken));
     } else if (errno != EINTR) {
@@ -134,7 +140,9 @@ std::optional<std::string> ReadFile(const std::string& path) {
 std::filesystem::path PlaceOf(const std::string& path) {
   std::filesystem::path place = path;
   for (int links = 0; std::filesystem::is_symlink(place); ++links) {
-    if (links == 40) FailWith(ELOOP, path, "can't write");
+    if (links == 40) {
+      FailWith(ELOOP, path, "can't write");
+    }
     place = place.parent_path() / std::filesystem::read_symlink(place);
   }
   return place;
@@ -154,7 +162,9 @@ class NewFile {
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
   ~NewFile() {
-    if (!path_.empty()) unlink(path_.c_str());
+    if (!path_.empty()) {
+      unlink(path_.c_str());
+    }
   }
 
   void TakeOwnerAndMode(const struct stat& from) {
@@ -207,7 +217,9 @@ void WriteFile(const std::string& path, const std::string& bytes) {
       place.has_parent_path() ? place.parent_path() : ".";
   struct stat present = {};
   const bool exists = stat(place.c_str(), &present) == 0;
-  if (!exists && errno != ENOENT) FailWith(errno, path, "can't write");
+  if (!exists && errno != ENOENT) {
+    FailWith(errno, path, "can't write");
+  }
   if (exists && !S_ISREG(present.st_mode)) {
     throw Refusal(kFailed, path + ": is no regular file, so not replaced");
   }
@@ -312,10 +324,18 @@ class Tool {
     } else if (command == "list") {
       List();
     } else {
-      if (command == "set") file_.SetKeyValue(names_[0], names_[1], names_[2]);
-      if (command == "rename") Rename();
-      if (command == "remove") Remove();
-      if (command == "merge") Merge();
+      if (command == "set") {
+        file_.SetKeyValue(names_[0], names_[1], names_[2]);
+      }
+      if (command == "rename") {
+        Rename();
+      }
+      if (command == "remove") {
+        Remove();
+      }
+      if (command == "merge") {
+        Merge();
+      }
       Save();
     }
     return kDone;
@@ -331,20 +351,26 @@ class Tool {
   static String LineFeed() { return File::LF; }
 
   static String Decode(const std::string& bytes, const std::string& what) {
-    if (std::optional<String> text = Twin::Decode(bytes)) return *text;
+    if (std::optional<String> text = Twin::Decode(bytes)) {
+      return *text;
+    }
     throw Refusal(kFailed, what + " '" + bytes.substr(0, 40) +
                                "' isn't text in the encoding of the locale");
   }
 
   static std::string Encode(const String& text) {
-    if (std::optional<std::string> bytes = Twin::Encode(text)) return *bytes;
+    if (std::optional<std::string> bytes = Twin::Encode(text)) {
+      return *bytes;
+    }
     throw Refusal(kFailed,
                   "there is no encoding in the locale for all of the text");
   }
 
   static void Print(const String& text) {
     std::cout << Encode(text) << std::flush;
-    if (!std::cout) throw Refusal(kFailed, "can't write the output");
+    if (!std::cout) {
+      throw Refusal(kFailed, "can't write the output");
+    }
   }
 
   static void Load(File& file, const String& text, bool is_merged) {
@@ -385,9 +411,11 @@ class Tool {
     String header;
     File file;
     String line;
-    for (std::basic_istringstream<Char> lines(text);
-         std::getline(lines, line);) {
-      if (line.find_first_not_of(kBlanks) == String::npos) continue;
+    std::basic_istringstream<Char> lines(text);
+    while (std::getline(lines, line)) {
+      if (line.find_first_not_of(kBlanks) == String::npos) {
+        continue;
+      }
       Load(file, line, false);
       if (!file.GetSections().empty()) {
         header = line + LineFeed();
@@ -547,7 +575,9 @@ constexpr Command kCommands[] = {{"get", 3, 3},    {"list", 1, 2},
 
 const Command* FindCommand(const std::string& name) {
   for (const Command& command : kCommands) {
-    if (name == command.name) return &command;
+    if (name == command.name) {
+      return &command;
+    }
   }
   return nullptr;
 }
@@ -569,7 +599,9 @@ int Run(std::vector<std::string> words) {
       return BadUsage("unknown option '" + *word + "'");
     }
   }
-  if (word == words.end()) return BadUsage("a command is needed");
+  if (word == words.end()) {
+    return BadUsage("a command is needed");
+  }
   call.command = *word;
   call.arguments.assign(word + 1, words.end());
   const Command* const command = FindCommand(call.command);

@@ -1,3 +1,4 @@
+// Looks an algorithm up by its OID.
 #include <korvan/korvan.h>
 
 #include <cstdio>
@@ -6,6 +7,8 @@ int main() {
   char oid[] = "1.2.643.2.2.19";
   const korvan::COidData* found = korvan::FindOIDInfo(
       CRYPT_OID_INFO_OID_KEY, oid, CRYPT_PUBKEY_ALG_OID_GROUP_ID);
-  if (found == nullptr) return 1;
+  if (found == nullptr) {
+    return 1;
+  }
   std::printf("%s is %ls, ALG_ID 0x%X\n", oid, found->pwszName, found->Algid);
 }

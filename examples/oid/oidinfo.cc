@@ -56,7 +56,9 @@ constexpr GroupName kGroupNames[] = {
 
 const char* NameOfGroup(unsigned int id) {
   for (const GroupName& group : kGroupNames) {
-    if (group.id == id) return group.name;
+    if (group.id == id) {
+      return group.name;
+    }
   }
   return "unknown group";
 }
@@ -72,7 +74,9 @@ std::optional<std::wstring> Widen(const std::string& narrow) {
   std::wstring wide(narrow.size(), L'\0');
   const std::size_t length =
       std::mbstowcs(wide.data(), narrow.c_str(), wide.size());
-  if (length == static_cast<std::size_t>(-1)) return std::nullopt;
+  if (length == static_cast<std::size_t>(-1)) {
+    return std::nullopt;
+  }
   wide.resize(length);
   return wide;
 }
@@ -94,7 +98,9 @@ std::optional<unsigned int> Number(const std::string& text) {
   errno = 0;
   const unsigned long value =
       std::strtoul(text.c_str(), &end, is_hex ? 16 : 10);
-  if (*end != '\0' || errno != 0 || value > 0xFFFFFFFF) return std::nullopt;
+  if (*end != '\0' || errno != 0 || value > 0xFFFFFFFF) {
+    return std::nullopt;
+  }
   return static_cast<unsigned int>(value);
 }
 
@@ -128,15 +134,21 @@ void Print(const korvan::COidData& record) {
   line("name", DisplayName(record));
   line("group",
        std::to_string(record.dwGroupId) + ", " + NameOfGroup(record.dwGroupId));
-  if (record.Algid != 0) line("ALG_ID", Hex(record.Algid));
+  if (record.Algid != 0) {
+    line("ALG_ID", Hex(record.Algid));
+  }
   const std::vector<unsigned int> words = ExtraWords(record);
   if (record.dwGroupId == CRYPT_SIGN_ALG_OID_GROUP_ID && !words.empty()) {
     line("hash", Hex(record.Algid) + NameOfAlgid(record.Algid));
     line("public key", Hex(words[0]) + NameOfAlgid(words[0]));
-    if (words.size() > 1) line("flags", Hex(words[1]));
+    if (words.size() > 1) {
+      line("flags", Hex(words[1]));
+    }
   } else if (!words.empty()) {
     std::string list;
-    for (const unsigned int word : words) list += Hex(word) + " ";
+    for (const unsigned int word : words) {
+      list += Hex(word) + " ";
+    }
     line("extra", list);
   }
   if (record.pwszCNGAlgid[0] != L'\0') {
@@ -198,7 +210,9 @@ int Run(const std::vector<std::string>& arguments) {
   unsigned int group = 0;
   if (arguments.size() == 4) {
     const std::optional<unsigned int> number = Number(arguments[3]);
-    if (!number) return BadUsage("'" + arguments[3] + "' is no group");
+    if (!number) {
+      return BadUsage("'" + arguments[3] + "' is no group");
+    }
     group = *number;
   }
   const std::string& kind = arguments[0];
@@ -208,12 +222,16 @@ int Run(const std::vector<std::string>& arguments) {
   }
   if (kind == "--name") {
     std::optional<std::wstring> name = Widen(key);
-    if (!name) return BadUsage("the name can't be read in this locale");
+    if (!name) {
+      return BadUsage("the name can't be read in this locale");
+    }
     return PrintFound(CRYPT_OID_INFO_NAME_KEY, name->data(), group);
   }
   if (kind == "--algid") {
     std::optional<unsigned int> algid = Number(key);
-    if (!algid) return BadUsage("'" + key + "' is no ALG_ID");
+    if (!algid) {
+      return BadUsage("'" + key + "' is no ALG_ID");
+    }
     return PrintFound(CRYPT_OID_INFO_ALGID_KEY, &*algid, group);
   }
   if (kind == "--sign") {

@@ -1,3 +1,5 @@
+// Load, save, load: the library beside the plain way of doing it. Whatever
+// differs ends the process.
 #ifndef KORVAN_FUZZ_INI_COMPARE_WITH_PLAIN_H_
 #define KORVAN_FUZZ_INI_COMPARE_WITH_PLAIN_H_
 
@@ -9,9 +11,6 @@
 #include <string>
 
 #include "ini/plain_ini.h"
-
-// Load, save, load: the library beside the plain way of doing it. Whatever
-// differs ends the process.
 
 // Gives a text in pieces of one size.
 template <class Char>
@@ -38,7 +37,9 @@ class PiecesOf : public std::basic_streambuf<Char> {
 };
 
 inline void Expect(bool holds) {
-  if (!holds) std::abort();
+  if (!holds) {
+    std::abort();
+  }
 }
 
 template <class File, class Char>

@@ -1,10 +1,11 @@
+// Loads any bytes into a narrow document and compares with the plain model.
 #include <korvan/ini_file.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include "compare_with_plain.h"
+#include "ini/compare_with_plain.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
                                       std::size_t size) {

@@ -1,3 +1,4 @@
+// Loads any characters into a wide document and compares with the plain model.
 #include <korvan/ini_file.h>
 
 #include <clocale>
@@ -6,7 +7,7 @@
 #include <iterator>
 #include <string>
 
-#include "compare_with_plain.h"
+#include "ini/compare_with_plain.h"
 
 // A byte of ASCII stands for itself, the others for characters that the ASCII
 // ones are not: letters with two cases, the character that equals the end of

@@ -1,3 +1,4 @@
+// Stream buffers that do what they may, and what the stream does then.
 #ifndef KORVAN_TESTS_INI_HOSTILE_BUFFERS_H_
 #define KORVAN_TESTS_INI_HOSTILE_BUFFERS_H_
 
@@ -14,8 +15,6 @@
 
 #include "ini/ini_twins.h"
 
-// Stream buffers that do what they may, and what the stream does then.
-
 struct Fault {};
 
 constexpr std::size_t kNever = static_cast<std::size_t>(-1);
@@ -31,7 +30,9 @@ class PiecewiseInput : public std::basic_streambuf<Char> {
 
   PiecewiseInput(String text, std::vector<std::size_t> sizes, std::size_t fault)
       : text_(std::move(text)), sizes_(std::move(sizes)), fault_(fault) {
-    if (sizes_.empty()) sizes_.push_back(text_.size() + 1);
+    if (sizes_.empty()) {
+      sizes_.push_back(text_.size() + 1);
+    }
   }
 
   std::size_t Consumed() const {
@@ -43,10 +44,16 @@ class PiecewiseInput : public std::basic_streambuf<Char> {
     if (this->gptr() != this->egptr()) {
       return Traits::to_int_type(*this->gptr());
     }
-    if (taken_ == fault_) throw Fault();
-    if (taken_ == text_.size()) return Traits::eof();
+    if (taken_ == fault_) {
+      throw Fault();
+    }
+    if (taken_ == text_.size()) {
+      return Traits::eof();
+    }
     const std::size_t size = sizes_[turn_ % sizes_.size()];
-    if (size == 0) return Traits::to_int_type(text_[taken_]);
+    if (size == 0) {
+      return Traits::to_int_type(text_[taken_]);
+    }
     ++turn_;
     const std::size_t end =
         std::min({taken_ + size, text_.size(), std::max(fault_, taken_)});
@@ -58,7 +65,9 @@ class PiecewiseInput : public std::basic_streambuf<Char> {
 
   typename Traits::int_type uflow() override {
     const auto next = underflow();
-    if (Traits::eq_int_type(next, Traits::eof())) return next;
+    if (Traits::eq_int_type(next, Traits::eof())) {
+      return next;
+    }
     if (this->gptr() != this->egptr()) {
       this->gbump(1);
     } else {
@@ -99,13 +108,21 @@ class LimitedOutput : public std::basic_streambuf<Char> {
     taken_.append(this->pbase(), this->pptr());
     this->setp(nullptr, nullptr);
     if (taken_.size() >= capacity_) {
-      if (throws_) throw Fault();
+      if (throws_) {
+        throw Fault();
+      }
       return Traits::eof();
     }
     const std::size_t room = std::min(area_.size(), capacity_ - taken_.size());
-    if (room != 0) this->setp(area_.data(), area_.data() + room);
-    if (Traits::eq_int_type(next, Traits::eof())) return Traits::not_eof(next);
-    if (room != 0) return this->sputc(Traits::to_char_type(next));
+    if (room != 0) {
+      this->setp(area_.data(), area_.data() + room);
+    }
+    if (Traits::eq_int_type(next, Traits::eof())) {
+      return Traits::not_eof(next);
+    }
+    if (room != 0) {
+      return this->sputc(Traits::to_char_type(next));
+    }
     taken_ += Traits::to_char_type(next);
     return next;
   }
@@ -125,9 +142,15 @@ class LimitedOutput : public std::basic_streambuf<Char> {
 
 inline std::string Shown(std::ios_base::iostate state) {
   std::string shown;
-  if (state & std::ios_base::badbit) shown += " bad";
-  if (state & std::ios_base::eofbit) shown += " eof";
-  if (state & std::ios_base::failbit) shown += " fail";
+  if (state & std::ios_base::badbit) {
+    shown += " bad";
+  }
+  if (state & std::ios_base::eofbit) {
+    shown += " eof";
+  }
+  if (state & std::ios_base::failbit) {
+    shown += " fail";
+  }
   return shown;
 }
 
@@ -163,7 +186,9 @@ std::string Load(const LoadCase<Char>& load, File& file) {
   std::basic_istream<Char> input(&buffer);
   LimitedOutput<Char> tied_buffer;
   std::basic_ostream<Char> tied(&tied_buffer);
-  if (load.tied) input.tie(&tied);
+  if (load.tied) {
+    input.tie(&tied);
+  }
   input.exceptions(load.exceptions);
   const std::string thrown = Thrown([&] { file.Load(input, load.merge); });
   std::ostringstream seen;

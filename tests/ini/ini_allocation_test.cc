@@ -1,3 +1,6 @@
+// Every allocation of every operation fails in turn. Then the document is what
+// it was before, or, after a load, what had been read by then; and nothing
+// leaks.
 #include <korvan/ini_file.h>
 
 #include <fstream>
@@ -6,10 +9,6 @@
 #include "ini/hostile_buffers.h"
 #include "ini/ini_twins.h"
 #include "support/failing_new.h"
-
-// Every allocation of every operation fails in turn. Then the document is what
-// it was before, or, after a load, what had been read by then; and nothing
-// leaks.
 
 namespace {
 
@@ -61,7 +60,9 @@ class IniAllocation : public testing::Test {
         }
       }
       EXPECT_EQ(LiveBlocks(), live);
-      if (!failed) return failures;
+      if (!failed) {
+        return failures;
+      }
     }
   }
 };
@@ -152,7 +153,9 @@ TEST(IniNumberAllocation, ThatFailsSetsNoNumber) {
       EXPECT_EQ(file.GetSections().size(), failed ? 0u : 1u);
     }
     EXPECT_EQ(LiveBlocks(), live);
-    if (!failed) break;
+    if (!failed) {
+      break;
+    }
   }
 }
 
@@ -223,7 +226,9 @@ TYPED_TEST(IniAllocation, ThatFailsKeepsWhatHadBeenRead) {
           }
         }
         EXPECT_EQ(LiveBlocks(), live);
-        if (!failed) break;
+        if (!failed) {
+          break;
+        }
       }
     }
   }
@@ -339,7 +344,9 @@ TYPED_TEST(IniAllocation, ThatFailsAnywhereInFilesLosesNothing) {
       file.Save(path);
     } catch (const std::bad_alloc&) {
     }
-    if (!failing.Failed()) break;
+    if (!failing.Failed()) {
+      break;
+    }
     ASSERT_LT(failures, 100);
   }
   EXPECT_EQ(ContentOf(file), before);

@@ -1,3 +1,5 @@
+// The three levels: what they are made of, how names are ordered, who owns
+// what.
 #include <korvan/ini_file.h>
 #include <strings.h>
 
@@ -8,9 +10,6 @@
 
 #include "ini/ini_twins.h"
 #include "support/failing_new.h"
-
-// The three levels: what they are made of, how names are ordered, who owns
-// what.
 
 namespace {
 

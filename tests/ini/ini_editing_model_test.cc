@@ -1,3 +1,4 @@
+// Random sequences of operations, beside the same done the plain way.
 #include <korvan/ini_file.h>
 #include <korvan/text.h>
 #include <rapidcheck.h>
@@ -6,8 +7,6 @@
 #include <vector>
 
 #include "ini/ini_twins.h"
-
-// Random sequences of operations, beside the same done the plain way.
 
 namespace {
 
@@ -69,13 +68,17 @@ void Do(const Step& step, typename Twin::File& file,
       file.RemoveSection(section);
       return plain.RemoveSection(section);
     case 6:
-      if (found != nullptr) found->RemoveKey(key);
+      if (found != nullptr) {
+        found->RemoveKey(key);
+      }
       return plain.RemoveKey(section, key);
     case 7:
       file.RemoveSection(found);
       return plain.RemoveSection(section);
     case 8:
-      if (found != nullptr) found->RemoveKey(found->GetKey(key));
+      if (found != nullptr) {
+        found->RemoveKey(found->GetKey(key));
+      }
       return plain.RemoveKey(section, key);
     case 9:
     case 10:
@@ -88,8 +91,12 @@ void Do(const Step& step, typename Twin::File& file,
                 plain.RenameKey(section, key, text));
       return;
     default:
-      if (found != nullptr) found->SetKeyValue(key, text);
-      if (found != nullptr) plain.Set(section, key, text);
+      if (found != nullptr) {
+        found->SetKeyValue(key, text);
+      }
+      if (found != nullptr) {
+        plain.Set(section, key, text);
+      }
   }
 }
 

@@ -1,3 +1,4 @@
+// Finding, adding, renaming and removing, and values by name.
 #include <korvan/ini_file.h>
 
 #include <climits>
@@ -5,8 +6,6 @@
 
 #include "ini/ini_twins.h"
 #include "support/failing_new.h"
-
-// Finding, adding, renaming and removing, and values by name.
 
 namespace {
 
@@ -459,8 +458,12 @@ TEST(IniEditingWithoutAnOrder, NothingIsLostOrDestroyedTwice) {
       auto* const section = file.AddSection({next(), next()});
       ASSERT_NE(section, nullptr);
       section->SetKeyValue({next(), next()}, L"v");
-      if (i % 3 == 0) section->SetSectionName({next(), next(), next()});
-      if (i % 5 == 0) file.RemoveSection({next(), next()});
+      if (i % 3 == 0) {
+        section->SetSectionName({next(), next(), next()});
+      }
+      if (i % 5 == 0) {
+        file.RemoveSection({next(), next()});
+      }
       if (i % 7 == 0 && !file.GetSections().empty()) {
         file.RemoveSection(file.GetSections().begin()->second);
       }

@@ -1,3 +1,4 @@
+// Loading from files and saving to files: names, faults, and in what encoding.
 #include <fcntl.h>
 #include <korvan/ini_file.h>
 #include <sys/resource.h>
@@ -10,8 +11,6 @@
 #include <vector>
 
 #include "ini/ini_twins.h"
-
-// Loading from files and saving to files: names, faults, and in what encoding.
 
 namespace {
 
@@ -268,7 +267,9 @@ class Rot1 : public std::codecvt<char, char, std::mbstate_t> {
     }
     from_next = from;
     to_next = to;
-    if (from == from_end) return ok;
+    if (from == from_end) {
+      return ok;
+    }
     return *from == '!' ? error : partial;
   }
 };
@@ -298,7 +299,9 @@ TEST(IniFileEncoding, NarrowBytesThatTheLocaleRefusesEndFilesAsTheyEndStreams) {
       text += "[k" + std::to_string(1000000 + line) + "=value\n";
     }
     text += "[l= \n[m=v\n";  // the blank becomes '!'
-    for (char& character : text) ++character;
+    for (char& character : text) {
+      ++character;
+    }
     WriteBytes(path, text);
     korvan::CIniFileA file;
     {
@@ -377,12 +380,16 @@ TEST(IniFileEncoding, UndecodableBytesEndAWideLoadAsTheyEndGetline) {
   std::vector<std::size_t> distances;
   for (const std::size_t edge :
        {5u, 14u, 1024u, 4096u, 8192u, 16384u, 32768u}) {
-    for (std::size_t i = 0; i < 9; ++i) distances.push_back(edge - 5 + i);
+    for (std::size_t i = 0; i < 9; ++i) {
+      distances.push_back(edge - 5 + i);
+    }
   }
   for (const std::size_t distance : distances) {
     // A skipped line, then lines of letters of two bytes, cut anywhere.
     std::string before = "[a]\n[b=c\n" + std::string(distance / 2, 'x') + '\n';
-    while (before.size() < distance) before += "[\xD0\x96=\xD0\x96\n";
+    while (before.size() < distance) {
+      before += "[\xD0\x96=\xD0\x96\n";
+    }
     for (const std::string_view fault : {"\xFF", "\xD0", "\xD0\x96\xFF"}) {
       for (const std::size_t after : {0u, 1u, 9000u}) {
         expect_agreement(before + "[k=v" + std::string(fault) +

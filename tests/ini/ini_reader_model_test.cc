@@ -1,3 +1,5 @@
+// The reader beside a loop of std::getline: whatever the stream does, nobody
+// can tell the two apart.
 #include <korvan/ini_file.h>
 #include <rapidcheck.h>
 
@@ -6,9 +8,6 @@
 
 #include "ini/hostile_buffers.h"
 #include "ini/ini_twins.h"
-
-// The reader beside a loop of std::getline: whatever the stream does, nobody
-// can tell the two apart.
 
 namespace {
 
@@ -78,7 +77,9 @@ rc::Gen<std::string> AnyText() {
               "\xC3\xA9", "a text that is too long to be kept inline")),
       [](const std::vector<std::string>& tokens) {
         std::string text;
-        for (const std::string& token : tokens) text += token;
+        for (const std::string& token : tokens) {
+          text += token;
+        }
         return text;
       });
 }

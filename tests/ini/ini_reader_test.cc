@@ -1,3 +1,4 @@
+// What the reader makes of a text, and how it leaves the stream.
 #include <korvan/ini_file.h>
 #include <pthread.h>
 
@@ -6,8 +7,6 @@
 
 #include "ini/hostile_buffers.h"
 #include "ini/ini_twins.h"
-
-// What the reader makes of a text, and how it leaves the stream.
 
 namespace {
 
@@ -275,7 +274,9 @@ TYPED_TEST(IniReader, WhatComesAfterATerminalsEndIsReadByTheNextLoad) {
     typename std::char_traits<typename TypeParam::Char>::int_type underflow()
         override {
       paused_ = !paused_;
-      if (!paused_) return std::char_traits<typename TypeParam::Char>::eof();
+      if (!paused_) {
+        return std::char_traits<typename TypeParam::Char>::eof();
+      }
       this->setg(text_.data(), text_.data(), text_.data() + text_.size());
       return std::char_traits<typename TypeParam::Char>::to_int_type(text_[0]);
     }
@@ -305,7 +306,9 @@ class Semicolon : public std::ctype<Char> {
   }
   const char* do_widen(const char* low, const char* high,
                        Char* to) const override {
-    for (; low != high; ++low, ++to) *to = do_widen(*low);
+    for (; low != high; ++low, ++to) {
+      *to = do_widen(*low);
+    }
     return high;
   }
 };

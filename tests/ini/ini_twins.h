@@ -1,3 +1,4 @@
+// What the tests of the INI files need to be written once for both twins.
 #ifndef KORVAN_TESTS_INI_INI_TWINS_H_
 #define KORVAN_TESTS_INI_INI_TWINS_H_
 
@@ -16,8 +17,6 @@
 #include <type_traits>
 
 #include "ini/plain_ini.h"
-
-// What the tests of the INI files need to be written once for both twins.
 
 struct Narrow {
   using File = korvan::CIniFileA;

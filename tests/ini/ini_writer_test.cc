@@ -1,3 +1,5 @@
+// What the writer puts out, that its insertions look like insertions, and what
+// the reader takes back.
 #include <korvan/ini_file.h>
 
 #include <fstream>
@@ -7,9 +9,6 @@
 
 #include "ini/hostile_buffers.h"
 #include "ini/ini_twins.h"
-
-// What the writer puts out, that its insertions look like insertions, and what
-// the reader takes back.
 
 namespace {
 
@@ -118,7 +117,9 @@ std::string Seen(File& file, std::size_t room, std::size_t capacity,
   std::basic_ostream<Char> output(&buffer);
   LimitedOutput<Char> tied_buffer;
   std::basic_ostream<Char> tied_output(&tied_buffer);
-  if (tied) output.tie(&tied_output);
+  if (tied) {
+    output.tie(&tied_output);
+  }
   output.fill('*');
   output.width(width);
   output.setf(flags);
@@ -308,7 +309,9 @@ std::string SeenInFile(File& file, const std::string& path,
   output << Char{'.'};  // now the buffer has its room
   LimitedOutput<Char> tied_buffer;
   std::basic_ostream<Char> tied(&tied_buffer);
-  if (settings.tied) output.tie(&tied);
+  if (settings.tied) {
+    output.tie(&tied);
+  }
   output.width(settings.width);
   output.setf(settings.flags);
   output.setstate(settings.state);

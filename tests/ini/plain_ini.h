@@ -1,3 +1,5 @@
+// The INI files done the plain way: maps of values, a loop of std::getline, one
+// insertion after another. What the library does must look the same.
 #ifndef KORVAN_TESTS_INI_PLAIN_INI_H_
 #define KORVAN_TESTS_INI_PLAIN_INI_H_
 
@@ -9,9 +11,6 @@
 #include <ostream>
 #include <string>
 #include <utility>
-
-// The INI files done the plain way: maps of values, a loop of std::getline, one
-// insertion after another. What the library does must look the same.
 
 inline int PlainCompare(const std::string& left, const std::string& right) {
   return strcasecmp(left.c_str(), right.c_str());
@@ -47,13 +46,17 @@ class PlainIni {
   }
   const String* Value(const String& section, const String& name) const {
     const auto found = sections_.find(Trimmed(section));
-    if (found == sections_.end()) return nullptr;
+    if (found == sections_.end()) {
+      return nullptr;
+    }
     const auto key = found->second.find(Trimmed(name));
     return key == found->second.end() ? nullptr : &key->second;
   }
   void RemoveSection(const String& name) { sections_.erase(Trimmed(name)); }
   void RemoveKey(const String& section, const String& name) {
-    if (HasSection(section)) sections_[Trimmed(section)].erase(Trimmed(name));
+    if (HasSection(section)) {
+      sections_[Trimmed(section)].erase(Trimmed(name));
+    }
   }
   bool RenameSection(const String& from, const String& to) {
     return Rename(sections_, Trimmed(from), Trimmed(to));
@@ -64,22 +67,30 @@ class PlainIni {
   }
 
   void Load(std::basic_istream<Char>& input, bool merge) {
-    if (!merge) sections_.clear();
+    if (!merge) {
+      sections_.clear();
+    }
     Keys* section = nullptr;
     String line;
     while (true) {
       std::getline(input, line);
-      if (input.fail()) return;
+      if (input.fail()) {
+        return;
+      }
       line.erase(0, line.find_first_not_of(Ascii(" \t")));
       line.erase(line.find_last_not_of(Ascii("\n\r")) + 1);
-      if (line.empty() || line.find('[') != 0) continue;
+      if (line.empty() || line.find('[') != 0) {
+        continue;
+      }
       const auto last = line.find_last_not_of(Ascii(" \t\r\n"));
       if (last != String::npos && line[last] == ']') {
         section = &sections_[Trimmed(line.substr(1, line.size() - 2))];
         continue;
       }
       const auto equals = line.find('=');
-      if (equals == String::npos || section == nullptr) continue;
+      if (equals == String::npos || section == nullptr) {
+        continue;
+      }
       const String value = line.substr(equals + 1);
       (*section)[Trimmed(line.substr(0, equals))] = value;
     }
@@ -111,7 +122,9 @@ class PlainIni {
   template <class Entries>
   static bool Rename(Entries& entries, const String& from, const String& to) {
     const auto found = entries.find(from);
-    if (found == entries.end() || entries.count(to) != 0) return false;
+    if (found == entries.end() || entries.count(to) != 0) {
+      return false;
+    }
     auto content = found->second;
     entries.erase(found);
     entries.emplace(to, std::move(content));

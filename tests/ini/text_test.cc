@@ -1,3 +1,4 @@
+// The text helpers: trimming, and conversion of wide text.
 #include <korvan/text.h>
 
 #include <string>

@@ -1,3 +1,4 @@
+// The library loaded and unloaded by a process that does not know it.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -7,8 +8,6 @@
 #include <cstddef>
 #include <fstream>
 #include <string>
-
-// The library loaded and unloaded by a process that does not know it.
 
 namespace {
 
@@ -26,7 +25,9 @@ class Library {
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
   ~Library() {
-    if (handle_ != nullptr) dlclose(handle_);
+    if (handle_ != nullptr) {
+      dlclose(handle_);
+    }
   }
 
   bool IsLoaded() const { return handle_ != nullptr; }
@@ -49,7 +50,9 @@ class Library {
 bool IsMapped() {
   std::ifstream maps("/proc/self/maps");
   for (std::string line; std::getline(maps, line);) {
-    if (line.find("libkorvan.so") != line.npos) return true;
+    if (line.find("libkorvan.so") != line.npos) {
+      return true;
+    }
   }
   return false;
 }

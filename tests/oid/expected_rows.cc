@@ -1,3 +1,4 @@
+// The 259 records a second time, as a witness against the tables.
 #include "oid/expected_rows.h"
 
 const ExpectedGroup kExpectedGroups[9] = {

@@ -1,11 +1,10 @@
+// What the registry must hold, row by row in search order, stated apart from
+// the library's own tables.
 #ifndef KORVAN_TESTS_OID_EXPECTED_ROWS_H_
 #define KORVAN_TESTS_OID_EXPECTED_ROWS_H_
 
 #include <cstddef>
 #include <vector>
-
-// What the registry must hold, row by row in search order, stated apart from
-// the library's own tables.
 
 struct ExpectedRow {
   unsigned int group;

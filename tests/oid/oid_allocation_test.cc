@@ -1,3 +1,5 @@
+// What a failing allocation leaves behind. ctest gives each test a process of
+// its own, with a registry that nobody has used.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 
@@ -5,9 +7,6 @@
 
 #include "oid/registry_rows.h"
 #include "support/failing_new.h"
-
-// What a failing allocation leaves behind. ctest gives each test a process of
-// its own, with a registry that nobody has used.
 
 namespace {
 

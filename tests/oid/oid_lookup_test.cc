@@ -1,3 +1,5 @@
+// What a search finds. Which names it loads on the way is told elsewhere, so
+// these tests may run in any order in one process.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/platform/last_error.h>
@@ -12,9 +14,6 @@
 #include "oid/expected_rows.h"
 #include "oid/registry_rows.h"
 #include "support/guarded_room.h"
-
-// What a search finds. Which names it loads on the way is told elsewhere, so
-// these tests may run in any order in one process.
 
 namespace {
 
@@ -46,7 +45,9 @@ COidData* FindByPair(unsigned int first, unsigned int second,
 // The record that stands at `row` of `group`, both as the tables count them.
 COidData* RowOf(unsigned int group, int row) {
   for (const OID_TABLE_INFO& table : oid_registry) {
-    if (table.dwGroupId == group) return &table.rgRecords[row];
+    if (table.dwGroupId == group) {
+      return &table.rgRecords[row];
+    }
   }
   return nullptr;
 }
@@ -90,7 +91,9 @@ TEST(OidLookup, FindsTheFirstRowOfEveryOid) {
 
 TEST(OidLookup, AnOidThatDiffersInOneCharacterIsAnother) {
   std::set<std::string> known;
-  for (const ExpectedRow& row : kExpectedRows) known.insert(row.oid);
+  for (const ExpectedRow& row : kExpectedRows) {
+    known.insert(row.oid);
+  }
   for (const std::string& oid : known) {
     for (std::size_t at = 0; at < oid.size(); ++at) {
       for (int character = 1; character < 256; ++character) {
@@ -105,14 +108,20 @@ TEST(OidLookup, AnOidThatDiffersInOneCharacterIsAnother) {
 
 TEST(OidLookup, FindsTheFirstRowOfEveryNameInAnyCase) {
   for (const ExpectedRow& row : kExpectedRows) {
-    if (row.name == nullptr) continue;
+    if (row.name == nullptr) {
+      continue;
+    }
     const auto same = [&](const ExpectedRow& other) {
       return other.name != nullptr && wcscasecmp(other.name, row.name) == 0;
     };
     std::wstring upper = row.name;
     std::wstring lower = row.name;
-    for (wchar_t& c : upper) c = Upper(c);
-    for (wchar_t& c : lower) c = Lower(c);
+    for (wchar_t& c : upper) {
+      c = Upper(c);
+    }
+    for (wchar_t& c : lower) {
+      c = Lower(c);
+    }
     for (const std::wstring& name : {std::wstring(row.name), upper, lower}) {
       SCOPED_TRACE(testing::PrintToString(name));
       EXPECT_EQ(FindByName(name, row.group), FirstRow(row.group, same));
@@ -230,7 +239,9 @@ TEST(OidLookup, AKeyThatGoesOnBehindAnOidIsAnotherKey) {
 
 TEST(OidLookup, AKeyThatGoesOnBehindANameIsAnotherKey) {
   for (const ExpectedRow& row : kExpectedRows) {
-    if (row.name == nullptr) continue;
+    if (row.name == nullptr) {
+      continue;
+    }
     const std::wstring longer = std::wstring(row.name) + L"~";
     EXPECT_EQ(FindByName(longer, 0), nullptr);
     EXPECT_EQ(FindByName(longer, row.group), nullptr);
@@ -251,7 +262,9 @@ TEST(OidLookup, ReadsNoFurtherThanTheKey) {
   for (const ExpectedRow& row : kExpectedRows) {
     EXPECT_NE(FindOIDInfo(1, AtTheEdge<char>(room, row.oid), row.group),
               nullptr);
-    if (row.name == nullptr) continue;
+    if (row.name == nullptr) {
+      continue;
+    }
     EXPECT_NE(FindOIDInfo(2, AtTheEdge<wchar_t>(room, row.name), row.group),
               nullptr);
   }
@@ -309,7 +322,9 @@ TEST(OidLookup, AnUnknownAlgidIsNotFound) {
 
 TEST(OidLookup, AnUnknownPairIsNotFound) {
   for (const ExpectedRow& first : kExpectedRows) {
-    if (first.algid == 0) continue;
+    if (first.algid == 0) {
+      continue;
+    }
     for (const ExpectedRow& second : kExpectedRows) {
       for (unsigned int word : {second.algid, second.SecondAlgid()}) {
         const auto same = [&](const ExpectedRow& other) {

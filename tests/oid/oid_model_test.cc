@@ -1,3 +1,6 @@
+// Random searches, in the library and in a plain registry beside it: both must
+// find the same row, load the same names and leave the same last error. ctest
+// gives each test a process of its own, with a registry that nobody has used.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/platform/last_error.h>
@@ -12,10 +15,6 @@
 #include "oid/expected_rows.h"
 #include "oid/plain_registry.h"
 #include "oid/registry_rows.h"
-
-// Random searches, in the library and in a plain registry beside it: both must
-// find the same row, load the same names and leave the same last error. ctest
-// gives each test a process of its own, with a registry that nobody has used.
 
 namespace {
 
@@ -189,11 +188,15 @@ class OidSearches : public testing::Test {
   // the names before its own loaded, and its own not.
   void SearchNamesInOrder(bool in_all_groups) {
     for (const ExpectedRow& row : kExpectedRows) {
-      if (row.name == nullptr) continue;
+      if (row.name == nullptr) {
+        continue;
+      }
       std::wstring name = row.name;
       SCOPED_TRACE("name " + testing::PrintToString(name));
       CompareGroup(2, &name[0], in_all_groups ? 0 : row.group);
-      if (HasFatalFailure()) return;
+      if (HasFatalFailure()) {
+        return;
+      }
     }
   }
 
@@ -203,13 +206,17 @@ class OidSearches : public testing::Test {
     const unsigned int number =
         Below(4) == 0 ? 4 : kExpectedRows[Below(259)].text_number;
     // What the record held is the caller's to free.
-    if ((rows_[row]->dwOidFlags & 2) != 0) delete[] rows_[row]->pwszName;
+    if ((rows_[row]->dwOidFlags & 2) != 0) {
+      delete[] rows_[row]->pwszName;
+    }
     InitOidInfoWorker(*rows_[row], number);
     plain_.Load(static_cast<int>(row), number);
   }
 
   void SearchMany(int count) {
-    for (int i = 0; i < count && !HasFatalFailure(); ++i) Search();
+    for (int i = 0; i < count && !HasFatalFailure(); ++i) {
+      Search();
+    }
   }
 
   std::mt19937_64 random_{20260101};

@@ -1,3 +1,5 @@
+// Names and when they are loaded. Every test needs a registry that nobody has
+// used: ctest gives each a process of its own.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/platform/last_error.h>
@@ -14,9 +16,6 @@
 #include <vector>
 
 #include "oid/registry_rows.h"
-
-// Names and when they are loaded. Every test needs a registry that nobody has
-// used: ctest gives each a process of its own.
 
 namespace {
 
@@ -42,7 +41,9 @@ class OidNames : public testing::Test {
   // The rows whose names have been loaded, or tried, since the start.
   std::set<int> Loaded() const {
     std::set<int> loaded = all_;
-    for (int row : RowsThatHoldTextNumbers()) loaded.erase(row);
+    for (int row : RowsThatHoldTextNumbers()) {
+      loaded.erase(row);
+    }
     return loaded;
   }
 
@@ -68,7 +69,9 @@ class OidNames : public testing::Test {
   template <class Holds>
   static bool Apart(Holds holds) {
     const pid_t child = fork();
-    if (child == 0) _exit(holds() ? 0 : 1);
+    if (child == 0) {
+      _exit(holds() ? 0 : 1);
+    }
     int status = -1;
     return waitpid(child, &status, 0) == child && status == 0;
   }

@@ -1,3 +1,5 @@
+// Names from texts that the library's table does not have. The program's own
+// LoadString_korvan takes the library's place, as any host's would.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/string_resources.h>
@@ -6,9 +8,6 @@
 #include <cstring>
 #include <memory>
 #include <string>
-
-// Names from texts that the library's table does not have. The program's own
-// LoadString_korvan takes the library's place, as any host's would.
 
 namespace {
 

@@ -1,3 +1,4 @@
+// The tables as they stand before any lookup. No test here looks anything up.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 
@@ -10,8 +11,6 @@
 
 #include "oid/expected_rows.h"
 #include "oid/registry_rows.h"
-
-// The tables as they stand before any lookup. No test here looks anything up.
 
 namespace {
 

@@ -1,3 +1,5 @@
+// First use on many threads at once. ctest gives each test a process of its
+// own, with a registry that nobody has used.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 
@@ -11,9 +13,6 @@
 
 #include "oid/registry_rows.h"
 #include "support/failing_new.h"
-
-// First use on many threads at once. ctest gives each test a process of its
-// own, with a registry that nobody has used.
 
 namespace {
 
@@ -35,7 +34,9 @@ void Together(Work work) {
       work(i);
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
 }
 
 TEST(OidThreads, ThatMeetAtARecordAllComeBackWithItsOneName) {
@@ -120,7 +121,9 @@ TEST(OidThreads, ThatSearchByNameAllFindTheirs) {
       wchar_t missing[] = L"no such name";
       wchar_t* const kNames[] = {common_name, lifetime, missing};
       COidData* const record = FindOIDInfo(2, kNames[(thread + round) % 3], 0);
-      if (record != nullptr && record->pwszName[0] != L'\0') ++found;
+      if (record != nullptr && record->pwszName[0] != L'\0') {
+        ++found;
+      }
     }
   });
   // Of 200 rounds, 66 or 67 ask for the name that is not there.

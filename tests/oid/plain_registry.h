@@ -1,3 +1,4 @@
+// The registry done the plain way, as the model of the lookups.
 #ifndef KORVAN_TESTS_OID_PLAIN_REGISTRY_H_
 #define KORVAN_TESTS_OID_PLAIN_REGISTRY_H_
 
@@ -36,19 +37,27 @@ class PlainRegistry {
 
   // The number of the row that matches, or -1.
   int Find(unsigned int key_type, void* key, unsigned int group_id) {
-    if (key == nullptr) return -1;
+    if (key == nullptr) {
+      return -1;
+    }
     group_id &= 0x7FFFFFFF;
     for (std::size_t table = 0; table < counts_.size(); ++table) {
-      if (group_id != 0 && group_ids_[table] != group_id) continue;
+      if (group_id != 0 && group_ids_[table] != group_id) {
+        continue;
+      }
       const int row = FindInTable(table, key_type, key);
-      if (row >= 0) return row;
+      if (row >= 0) {
+        return row;
+      }
     }
     return -1;
   }
 
   int FindInTable(std::size_t table, unsigned int key_type, void* key) {
     int first = 0;
-    for (std::size_t i = 0; i < table; ++i) first += counts_[i];
+    for (std::size_t i = 0; i < table; ++i) {
+      first += counts_[i];
+    }
     return FindInRows(first, counts_[table], key_type, key);
   }
 
@@ -94,11 +103,15 @@ class PlainRegistry {
     loading.record.pwszName = nullptr;
     loading.record.dwOidFlags |= 2;
     char text[256] = {};
-    if (LoadString_korvan(nullptr, number, text, 256) == 0) return;
+    if (LoadString_korvan(nullptr, number, text, 256) == 0) {
+      return;
+    }
     const char* rest = text;
     std::mbstate_t state{};
     const std::size_t count = std::mbsrtowcs(nullptr, &rest, 0, &state);
-    if (count == 0 || count == static_cast<std::size_t>(-1)) return;
+    if (count == 0 || count == static_cast<std::size_t>(-1)) {
+      return;
+    }
     std::wstring name(count, L'\0');
     std::mbsrtowcs(&name[0], &rest, count, &state);
     loading.loaded = name;
@@ -107,7 +120,9 @@ class PlainRegistry {
 
   void Cleanup() {
     for (Row& row : rows_) {
-      if ((row.record.dwOidFlags & 2) == 0) continue;
+      if ((row.record.dwOidFlags & 2) == 0) {
+        continue;
+      }
       row.record.dwOidFlags &= ~2u;
       row.record.pwszName = nullptr;
     }

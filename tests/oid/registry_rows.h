@@ -1,3 +1,4 @@
+// The registry's records by their number, counted from 0 in search order.
 #ifndef KORVAN_TESTS_OID_REGISTRY_ROWS_H_
 #define KORVAN_TESTS_OID_REGISTRY_ROWS_H_
 
@@ -6,8 +7,6 @@
 #include <cstdint>
 #include <set>
 #include <vector>
-
-// The registry's records by their number, counted from 0 in search order.
 
 inline std::vector<korvan::COidData*> RegistryRows() {
   std::vector<korvan::COidData*> rows;
@@ -23,7 +22,9 @@ inline std::vector<korvan::COidData*> RegistryRows() {
 inline int FirstRowOf(unsigned int group) {
   int first = 0;
   for (const korvan::OID_TABLE_INFO& table : korvan::oid_registry) {
-    if (table.dwGroupId == group) break;
+    if (table.dwGroupId == group) {
+      break;
+    }
     first += table.cRecords;
   }
   return first;
@@ -38,7 +39,9 @@ inline std::set<int> RowsThatHoldTextNumbers() {
   std::set<int> numbers;
   int row = 0;
   for (const korvan::COidData* record : RegistryRows()) {
-    if (HoldsTextNumber(*record)) numbers.insert(row);
+    if (HoldsTextNumber(*record)) {
+      numbers.insert(row);
+    }
     ++row;
   }
   return numbers;

@@ -1,3 +1,4 @@
+// The bundled record classes: what they read, report and write.
 #include <gtest/gtest.h>
 #include <korvan/platform/asn1_record.h>
 

@@ -1,3 +1,4 @@
+// The bundled last-error code: one for each thread.
 #include <gtest/gtest.h>
 #include <korvan/platform/last_error.h>
 

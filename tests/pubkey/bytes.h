@@ -1,3 +1,4 @@
+// Byte strings as tests write, join and print them.
 #ifndef KORVAN_TESTS_PUBKEY_BYTES_H_
 #define KORVAN_TESTS_PUBKEY_BYTES_H_
 

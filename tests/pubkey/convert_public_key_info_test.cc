@@ -1,3 +1,4 @@
+// Public key to blob: layout, algorithms, errors, buffers.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/platform/last_error.h>

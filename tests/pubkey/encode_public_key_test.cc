@@ -1,3 +1,4 @@
+// Blob to public key: parts, sizes, errors, buffers.
 #include <gtest/gtest.h>
 #include <korvan/platform/last_error.h>
 #include <korvan/public_key.h>

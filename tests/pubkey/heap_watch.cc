@@ -1,3 +1,4 @@
+// Replaces malloc and its kin, to count and to fail.
 #include "pubkey/heap_watch.h"
 
 #include <elf.h>

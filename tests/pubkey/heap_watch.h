@@ -1,3 +1,4 @@
+// Counts the heap blocks of a piece of code, and makes allocations fail.
 #ifndef KORVAN_TESTS_PUBKEY_HEAP_WATCH_H_
 #define KORVAN_TESTS_PUBKEY_HEAP_WATCH_H_
 

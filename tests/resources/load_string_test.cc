@@ -1,3 +1,4 @@
+// The string table: every text, cut and whole, and its errors.
 #include <gtest/gtest.h>
 #include <korvan/platform/last_error.h>
 #include <korvan/string_resources.h>

@@ -1,3 +1,4 @@
+// Replaces `operator new` and `operator delete`, to count and to fail.
 #include "support/failing_new.h"
 
 #include <atomic>
@@ -16,20 +17,28 @@ std::atomic<long> live{0};
 void* Allocate(std::size_t size) {
   ++calls;
   last_size = size;
-  if (before_each != nullptr) before_each();
+  if (before_each != nullptr) {
+    before_each();
+  }
   if (successes_left == 0) {
     failed = true;
     throw std::bad_alloc();
   }
-  if (successes_left > 0) --successes_left;
+  if (successes_left > 0) {
+    --successes_left;
+  }
   void* const block = std::malloc(size != 0 ? size : 1);
-  if (block == nullptr) throw std::bad_alloc();
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
   ++live;
   return block;
 }
 
 void Free(void* block) {
-  if (block == nullptr) return;
+  if (block == nullptr) {
+    return;
+  }
   --live;
   std::free(block);
 }

@@ -1,10 +1,9 @@
+// A program that is linked with failing_new.cc can make `new` fail, anywhere
+// in the process, and count what is allocated by it.
 #ifndef KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
 #define KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
 
 #include <cstddef>
-
-// A program that is linked with failing_new.cc can make `new` fail, anywhere
-// in the process, and count what is allocated by it.
 
 // Lets the next `successes` allocations of this thread succeed and the one
 // after them throw std::bad_alloc, while it lives.

@@ -1,3 +1,4 @@
+// Memory that ends where a page begins that nobody may touch.
 #ifndef KORVAN_TESTS_SUPPORT_GUARDED_ROOM_H_
 #define KORVAN_TESTS_SUPPORT_GUARDED_ROOM_H_
 

@@ -1,3 +1,4 @@
+// The main of every test program.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

@@ -1,9 +1,8 @@
-#ifndef HOST_PLATFORM_ASN1_RECORD_H_
-#define HOST_PLATFORM_ASN1_RECORD_H_
-
 // The record classes of a host process such as the library is loaded into:
 // the calls that the library makes are the same as those of its own platform,
 // all else differs.
+#ifndef HOST_PLATFORM_ASN1_RECORD_H_
+#define HOST_PLATFORM_ASN1_RECORD_H_
 
 #include <string>
 

@@ -1,3 +1,4 @@
+// A host's own declarations of the last-error functions.
 #ifndef HOST_PLATFORM_LAST_ERROR_H_
 #define HOST_PLATFORM_LAST_ERROR_H_
 
