@@ -1,0 +1,45 @@
+#!/bin/sh
+# lint_test.sh LINT
+# Shows that scripts/lint passes a clean project and sees each fault, in a
+# project that has nothing but the one file.
+set -eu
+top=$(cd "$(dirname "$1")/.." && pwd)
+# shellcheck source=tests/support/self_test.sh
+. "$top/tests/support/self_test.sh"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+git init -q .
+mkdir scripts oid
+cp "$top/scripts/lint" scripts/lint
+printf '#!/bin/sh\nexit 0\n' > scripts/setup
+chmod +x scripts/setup
+cp "$top/.clang-format" .
+
+holds() {  # holds TEXT: the file of the project
+  # shellcheck disable=SC2059  # the text is the format
+  printf "$1" > oid/file.cc
+  git add -A
+}
+
+holds '// What it is for.\n\nint Answer() { return 42; }\n'
+must_pass "a clean project" scripts/lint
+
+sees() {  # sees PATTERN TEXT
+  holds "$2"
+  must_fail_saying "$1" "$1" scripts/lint
+}
+sees 'not as clang-format' '// For.\nint  Answer() { return 42; }\n'
+sees 'misspelt' '// Recieve.\nint Answer() { return 42; }\n'
+sees '/// outside' '// For.\n\n/// The answer.\nint Answer() { return 42; }\n'
+sees 'without braces' \
+  '// For.\n\nint Answer(int i) {\n  if (i == 0) return 1;\n  return 42;\n}\n'
+sees 'does not use' '// Pointers are lent.\nint Answer() { return 42; }\n'
+sees 'not rooted' '// For.\n#include "answer.h"\n'
+sees 'do not open' 'int Answer() { return 42; }\n'
+holds '// What it is for.\n'
+# shellcheck disable=SC2016  # for the written script
+printf '#!/bin/sh\necho $1\n' > scripts/unquoted
+git add -A
+must_fail_saying 'shellcheck' "a shell script's fault" scripts/lint
+end_self_test
