@@ -7,15 +7,11 @@ if [ "$1" = --self-test ]; then
   shift
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  work=$4/self_test
-  mkdir -p "$work"
   # A pkg-config that joins the prefix and an absolute path.
-  # shellcheck disable=SC2016  # for the written script
-  printf '#!/bin/sh\necho "-I/prefix/$PWD/include -L/prefix/lib -lkorvan"\n' \
-    > "$work/pkg-config"
-  chmod +x "$work/pkg-config"
-  must_fail_saying 'korvan.h: No such file' "wrong folders from pkg-config" \
-    env PATH="$work:$PATH" "$0" "$1" "$2" "$3" "$work/work"
+  fake tools/pkg-config \
+    "echo '-I/prefix$work/include -L/prefix$work/lib -lkorvan'"
+  must_fail "wrong folders from pkg-config" 'korvan.h: No such file' \
+    env PATH="$work/tools:$PATH" "$0" "$1" "$2" "$3" "$work/work"
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4

@@ -8,22 +8,18 @@ if [ "$1" = --self-test ]; then
   shift
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  work=$4/self_test
-  rm -rf "$work"
-  mkdir -p "$work"
   # A cmake that finds every package, and one that requires them.
   # shellcheck disable=SC2016  # for the written scripts
-  printf '#!/bin/sh\nfor arg; do shift; case $arg in
-  -DCMAKE_DISABLE_*) ;; *) set -- "$@" "$arg" ;; esac; done
-  exec %s "$@"\n' "$1" > "$work/finds"
-  # shellcheck disable=SC2016
-  printf '#!/bin/sh\ncase $1 in
-  -S) exec %s "$@" -DKORVAN_REQUIRE_PACKAGES=ON ;; *) exec %s "$@" ;; esac\n' \
-    "$1" "$1" > "$work/requires"
-  chmod +x "$work/finds" "$work/requires"
-  must_fail_saying "not said once: libgtest" "packages that are there" \
+  {
+    fake finds 'for arg; do shift; case $arg in
+        -DCMAKE_DISABLE_*) ;; *) set -- "$@" "$arg" ;; esac; done
+      exec '"'$1'"' "$@"'
+    fake requires 'case $1 in -S) set -- "$@" -DKORVAN_REQUIRE_PACKAGES=ON ;; esac
+      exec '"'$1'"' "$@"'
+  }
+  must_fail "packages that are there" "not said once: libgtest" \
     "$0" "$work/finds" "$2" "$3" "$work/work"
-  must_fail_saying "needs Debian.s package" "packages that are required" \
+  must_fail "packages that are required" "needs Debian.s package" \
     "$0" "$work/requires" "$2" "$3" "$work/work"
   end_self_test
 fi

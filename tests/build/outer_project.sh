@@ -7,18 +7,18 @@ set -eu
 script=$0
 if [ "$1" = --self-test ]; then
   shift
-  cmake=$1 compiler=$2 source=$3 work=$4/self_test
+  cmake=$1 compiler=$2 source=$3
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  # breaks WHAT LINE PATTERN: korvan's own CMakeLists.txt ends with LINE, which
-  # the test complains of by PATTERN.
+  # breaks WHAT LINE MESSAGE: korvan's own CMakeLists.txt ends with LINE, which
+  # the test complains of by MESSAGE.
   breaks() {
-    rm -rf "$work"
+    rm -rf "$work/source"
     mkdir -p "$work/source"
     (cd "$source" && cp -r CMakeLists.txt bench cmake docs examples include \
       ini oid packaging platform pubkey resources tests "$work/source")
     echo "$2" >> "$work/source/CMakeLists.txt"
-    must_fail_saying "$3" "$1" "$script" "$cmake" "$compiler" "$work/source" \
+    must_fail "$1" "$3" "$script" "$cmake" "$compiler" "$work/source" \
       "$work/work" OFF
   }
   own='settings are not its own'

@@ -7,15 +7,13 @@ if [ "$1" = --self-test ]; then
   shift
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  work=$4/self_test
-  mkdir -p "$work"
   # A cmake that ignores the wish for static libraries.
   # shellcheck disable=SC2016  # for the written script
-  printf '#!/bin/sh\nfor arg; do shift; case $arg in
-  -DBUILD_SHARED_LIBS=OFF) ;; *) set -- "$@" "$arg" ;; esac; done
-  exec %s "$@"\n' "$1" > "$work/cmake"
-  chmod +x "$work/cmake"
-  must_fail_saying "no libkorvan.a" "shared libraries" "$0" "$work/cmake" "$2" "$3" "$work/work"
+  fake cmake 'for arg; do shift; case $arg in
+      -DBUILD_SHARED_LIBS=OFF) ;; *) set -- "$@" "$arg" ;; esac; done
+    exec '"'$1'"' "$@"'
+  must_fail "shared libraries" 'no libkorvan\.a' \
+    "$0" "$work/cmake" "$2" "$3" "$work/work"
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4

@@ -8,8 +8,8 @@ if [ "$1" = --self-test ]; then
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
   # ccache wants a folder for its files.
-  must_fail_saying 'ccache: error' "a compiler cache" \
-    env CMAKE_CXX_COMPILER_LAUNCHER=ccache "$0" "$1" "$2" "$3" "$4/self_test"
+  must_fail "a compiler cache" 'ccache: error' \
+    env CMAKE_CXX_COMPILER_LAUNCHER=ccache "$0" "$1" "$2" "$3" "$work"
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4

@@ -3,33 +3,40 @@
 # Runs scripts/setup on a system that only seems to be there: dpkg-query,
 # apt-get, id and sudo are scripts of this test's own.
 set -eu
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 if [ "$1" = --self-test ]; then
   setup=$2
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  breaks() {  # breaks WHAT SED_SCRIPT
-    sed "$2" "$setup" > "$work/setup"
+  breaks() {  # breaks WHAT MESSAGE SED_SCRIPT
+    sed "$3" "$setup" > "$work/setup"
     chmod +x "$work/setup"
     ! cmp -s "$setup" "$work/setup" || { echo "not broken: $1"; exit 1; }
-    must_fail "$1" "$0" "$work/setup"
+    must_fail "$1" "$2" "$0" "$work/setup"
   }
   # shellcheck disable=SC2016  # sed's patterns, not the shell's
   {
     must_pass "nothing broken" "$0" "$setup"
-    breaks "pending triggers taken for missing" 's/ | triggers-pending//'
-    breaks "no line to type" 's/^  echo "  \$install" >&2$/  :/'
-    breaks "CXX not looked at" 's/if \[ -n "\${CXX:-}" \]/if false/'
-    breaks "CC ignored silently" 's/^  *say "CC is not used.*/:/'
-    breaks "seven packages for a demo" 's/^demo="/&a b c /'
-    breaks "an unknown group" 's/exit 2/continue/'
-    breaks "installs nothing" 's/apt-get install -y/true/'
-    breaks "a failure that is not told" 's/^  exit 1$/  exit 0/'
+    breaks "pending triggers taken for missing" '^called: apt-get' \
+      's/ | triggers-pending//'
+    breaks "no line to type" "not said: '^  apt-get install" \
+      's/^  echo "  \$install" >&2$/  :/'
+    breaks "CXX not looked at" 'g++ beside CXX' \
+      's/if \[ -n "\${CXX:-}" \]/if false/'
+    breaks "CC ignored silently" "not said: 'CC is not used'" \
+      's/^  *say "CC is not used.*/:/'
+    breaks "seven packages for a demo" '^7 packages for a demo' \
+      's/^demo="[^"]*/& a b c/'
+    breaks "an unknown group" 'an unknown group: status 0' 's/exit 2/continue/'
+    breaks "installs nothing" "not called: '^apt-get install" \
+      's/apt-get install -y/apt-get check/'
+    breaks "a failure that is not told" 'not root: status 0' \
+      's/^  exit 1$/  exit 0/'
   }
   end_self_test
 fi
 setup=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
 
 fail() {
   echo "$*"
