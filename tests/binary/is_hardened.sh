@@ -1,8 +1,72 @@
 #!/bin/sh
-# is_hardened.sh LIBRARY
+# is_hardened.sh [--self-test] LIBRARY
 # Fails unless LIBRARY binds at load, is protected, and can be unloaded.
 set -eu
 export LC_ALL=C
+
+if [ "$1" = --self-test ]; then
+  # shellcheck source=tests/support/self_test.sh
+  . "$(dirname "$0")/../support/self_test.sh"
+  must_pass "the library as it is" "$0" "$2"
+
+  # A small library with all that is asked for, and then with one thing else.
+  for landings in full none; do
+    "$CXX" -fPIC -O2 -fcf-protection=$landings -c -x c++ - \
+      -o "$work/$landings.o" << 'END'
+extern "C" int Answer() { return 42; }
+int (*pointer)() = Answer;
+END
+  done
+  link() {  # link NAME OBJECT [FLAG...]
+    name=$1
+    shift
+    "$CXX" -shared -Wl,-z,now,-z,relro,-z,noexecstack,-z,pack-relative-relocs \
+      "$@" -o "$work/$name.so"
+  }
+  # with WHAT MESSAGE [FLAG...]
+  with() {
+    what=$1 message=$2
+    shift 2
+    link changed "$work/full.o" "$@"
+    must_fail "$what" "$message" "$0" "$work/changed.so"
+  }
+  link small "$work/full.o"
+  must_pass "a small library" "$0" "$work/small.so"
+  with "lazy binding" '^missing: immediate binding$' -Wl,-z,lazy
+  with "writable relocations" '^missing: read-only relocations$' -Wl,-z,norelro
+  with "an executable stack" '^missing: a stack that' -Wl,-z,execstack
+  with "no unloading" '^found: a library that can' -Wl,-z,nodelete
+  with "no loading" '^found: a library that can' -Wl,-z,nodlopen
+  with "symbolic binding" '^found: symbolic binding$' -Wl,-Bsymbolic
+  link unmarked "$work/none.o"
+  must_fail "no landing marks" '^missing: a landing mark at' \
+    "$0" "$work/unmarked.so"
+  with "plain relocations" '^missing: packed relative relocations$' \
+    -Wl,-z,nopack-relative-relocs
+  # assembly WHAT MESSAGE TEXT [FLAG...]
+  assembly() {
+    what=$1 message=$2
+    printf '%s\n' "$3" '.section .note.GNU-stack,"",@progbits' > "$work/more.s"
+    shift 3
+    with "$what" "$message" "$work/more.s" "$@"
+  }
+  assembly "a relocation at an odd address" '^found: an unpacked relative' \
+    '.data; .byte 0; here: .quad here'
+  assembly "a relocation of the text" '^found: text relocations$' \
+    '.text; .quad Answer' -Wl,-z,notext
+  assembly "text that can be written" '^found: a writable and executable' \
+    '.section .both, "awx"; .byte 0'
+  assembly "a unique symbol" '^found: a unique symbol' \
+    '.data; .globl one; .type one, @gnu_unique_object; one: .byte 0'
+
+  must_fail "no library" 'No such file' "$0" "$work/none.so"
+  for tool in readelf nm objdump; do
+    fake "without_$tool/$tool" 'exit 0'
+    must_fail "a silent $tool" '^missing: ' \
+      env "PATH=$work/without_$tool:$PATH" "$0" "$work/small.so"
+  done
+  end_self_test
+fi
 library=$1
 failed=0
 
@@ -16,6 +80,7 @@ forbid() {
 dynamic=$(readelf -Wd "$library")
 segments=$(readelf -Wl "$library")
 symbols=$(readelf -W --symbols --dyn-syms "$library")
+relocations=$(readelf -Wr "$library")
 
 expect "immediate binding" 'FLAGS_1.*NOW' "$dynamic"
 expect "read-only relocations" 'GNU_RELRO' "$segments"
@@ -24,25 +89,24 @@ forbid "text relocations" 'TEXTREL' "$dynamic"
 forbid "a library that can't be unloaded" 'NODELETE|NOOPEN' "$dynamic"
 forbid "symbolic binding" 'SYMBOLIC' "$dynamic"
 forbid "a writable and executable segment" 'LOAD .* RWE ' "$segments"
+expect "symbols" ' FUNC ' "$symbols"
 forbid "a unique symbol, which pins the library" ' UNIQUE ' "$symbols"
 
 # Indirect calls may only land on marked instructions. The library's own mark
 # is no proof: the system's start files lack it, and the linker drops it then.
-landings=$(objdump -d --no-show-raw-insn "$library" |
+code=$(objdump -d --no-show-raw-insn "$library")
+landings=$(printf '%s\n' "$code" |
   awk '/^[0-9a-f]+ <.*>:$/ {address = $1; getline
        if ($2 == "endbr64") print address}')
-functions=$(nm -D --defined-only "$library" | awk '$2 == "T" {print $1}')
+exported=$(nm -D --defined-only "$library")
+functions=$(printf '%s\n' "$exported" | awk '$2 == "T" {print $1}')
+expect "exported functions" '.' "$functions"
 for address in $functions; do
-  printf '%s\n' "$landings" | grep -q "$address" ||
-    { echo "missing: a landing mark at $address"; failed=1; }
+  expect "a landing mark at $address" "^$address\$" "$landings"
 done
 
 # Relative relocations are packed: none is left among the others.
-if printf '%s\n' "$dynamic" | grep -q '(RELR)'; then
-  forbid "an unpacked relative relocation" 'R_X86_64_RELATIVE' \
-    "$(readelf -Wr "$library")"
-else
-  echo "missing: packed relative relocations"
-  failed=1
-fi
+expect "packed relative relocations" '\(RELR\)' "$dynamic"
+expect "relocations" 'R_X86_64_' "$relocations"
+forbid "an unpacked relative relocation" 'R_X86_64_RELATIVE' "$relocations"
 exit $failed
