@@ -2,15 +2,23 @@
 include_guard()
 
 # korvan_shell_test(<name> <script> [<argument>...])
-# adds the test <name>, which runs <script>, and <name>_can_fail, which runs it
-# with --self-test before the same arguments: that breaks what the test looks
-# at, and must see it fail. The self-tests find a compiler in CXX. Sanitizers
-# have nothing to tell of them, and would make them slow.
+# adds the test <name>, which runs <script>, and its self-test.
 function(korvan_shell_test name script)
-  set(script "${CMAKE_CURRENT_SOURCE_DIR}/${script}")
-  add_test(NAME ${name} COMMAND "${script}" ${ARGN} COMMAND_EXPAND_LISTS)
+  add_test(NAME ${name}
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/${script}" ${ARGN}
+    COMMAND_EXPAND_LISTS)
+  korvan_self_test(${name} ${script} ${ARGN})
+endfunction()
+
+# korvan_self_test(<name> <script> [<argument>...])
+# adds the test <name>_can_fail, which runs <script> with --self-test before
+# the same arguments: that breaks what the test looks at, and must see it fail.
+# It finds a compiler in CXX. Sanitizers have nothing to tell of it, and would
+# make it slow.
+function(korvan_self_test name script)
   if(NOT KORVAN_SANITIZE)
-    add_test(NAME ${name}_can_fail COMMAND "${script}" --self-test ${ARGN}
+    add_test(NAME ${name}_can_fail
+      COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/${script}" --self-test ${ARGN}
       COMMAND_EXPAND_LISTS)
     set_tests_properties(${name}_can_fail PROPERTIES
       ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
