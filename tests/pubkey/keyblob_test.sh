@@ -1,80 +1,105 @@
 #!/bin/sh
-# keyblob_test.sh KEYBLOB DATA
-#
+# keyblob_test.sh [--self-test] KEYBLOB DATA
 # Runs the example program on the certificates in the folder DATA and on what
 # is none.
 set -eu
-keyblob=$1
-data=$2
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
+export LC_ALL=C.UTF-8
 
-fail() {
-  echo "$1"
-  cat out err
-  exit 1
-}
+if [ "$1" = --self-test ]; then
+  program=$2 data=$3
+  # shellcheck source=tests/support/self_test.sh
+  . "$(dirname "$0")/../support/self_test.sh"
+  must_pass "the program as it is" "$0" "$program" "$data"
+  # with WHAT MESSAGE SCRIPT
+  with() {
+    changed "$program" "$1" "$2" "$3" "$data"
+  }
+  # shellcheck disable=SC2016  # what the changed program does
+  {
+    with "no results" 'wanted byte for byte' '"$real" "$@" > /dev/null'
+    with "results where messages go" 'wanted none:' '"$real" "$@" >&2'
+    with "messages where results go" 'messages, wanted 1' '"$real" "$@" 2>&1'
+    with "failures without a status" 'exit status 0, wanted 1' \
+      '"$real" "$@" || exit 0'
+    with "one status for all failures" 'exit status 1, wanted 2' \
+      '"$real" "$@" || exit 1'
+    with "no --out" 'the blob has' '"$real" "$1" ${2+"$2"}'
+    with "half a blob" 'the blob has' \
+      '"$real" "$@"; status=$?
+       [ ! -f blob ] || head -c 50 blob > half && mv half blob
+       exit "$status"'
+    with "no --check" 'wanted byte for byte' '"$real" "$1"'
+    with "a line less" 'no line with .*magic' '"$real" "$@" | sed /magic/d'
+    with "no word of a full disk" 'dev/full' \
+      '"$real" "$@"; status=$?; [ ! -c /dev/stdout ] || exit 0; exit "$status"'
+  }
+  must_fail "no program" 'exit status 127' "$0" "$work/none" "$data"
+  must_fail "no certificates" 'No such file' "$0" "$program" "$work/none"
+  end_self_test
+fi
+program=$1 data=$2
+# shellcheck source=tests/support/program_test.sh
+. "$(dirname "$0")/../support/program_test.sh"
 
-# expect STATUS PATTERN STREAM ARGUMENT...: runs keyblob and looks for a line.
-expect() {
-  status=$1 pattern=$2 stream=$3
-  shift 3
-  "$keyblob" "$@" > out 2> err && got=0 || got=$?
-  [ "$got" = "$status" ] || fail "keyblob $*: exit status $got, not $status"
-  grep -q -e "$pattern" "$stream" || fail "keyblob $*: no '$pattern' in $stream"
+# shows PATTERN...: each matches a line of the last output.
+shows() {
+  for pattern in "$@"; do
+    grep -q -e "$pattern" out || fail "no line with $pattern in:
+$(cat out)"
+  done
 }
 
 gost=$data/gost2001-A.der
-expect 0 'byte for byte' out "$gost" --check --out blob
-grep -q '1.2.643.2.2.19  GOST R 34.10-2001' out || fail 'no algorithm'
-grep -q 'ALG_ID      0x2E23' out || fail 'no ALG_ID'
-grep -q 'key         512 bits' out || fail 'no key size'
-grep -q '1.2.643.2.2.35.1  GOST R 34.10 - 2001' out || fail 'no named OID'
-grep -q '1.2.643.2.2.30.1$' out || fail 'no dotted OID'
-grep -q '0008  4d 41 47 31  *magic' out || fail 'no magic'
-[ "$(wc -c < blob)" = 100 ] || fail 'the blob has not 100 bytes'
+expect 0 'byte for byte' '' "$gost" --check --out blob
+shows '1.2.643.2.2.19  GOST R 34.10-2001' 'ALG_ID      0x2E23' \
+  'key         512 bits' '1.2.643.2.2.35.1  GOST R 34.10 - 2001' \
+  '1.2.643.2.2.30.1$' '0008  4d 41 47 31  *magic'
+[ "$(wc -c < blob)" = 100 ] || fail "the blob has $(wc -c < blob) bytes"
 
-expect 0 "content, 66 bytes" out --back blob
-grep -q '0000  04 40 a5 21' out || fail 'no OCTET STRING'
-grep -q 'parameters, 20 bytes' out || fail 'no parameters'
+expect 0 'content, 66 bytes' '' --back blob
+shows '0000  04 40 a5 21' 'parameters, 20 bytes'
 
-expect 0 'ALG_ID      0xA400' out "$data/rsa2048.der"
-expect 1 'The key is no OCTET STRING' out "$data/rsa2048.der" --check
-expect 0 'ALG_ID      0x2200' out "$data/dsa2048.der"
-expect 1 '1.2.840.10045.2.1 is no public-key algorithm' err "$data/ecp256.der"
+expect 0 'ALG_ID      0xA400' '' "$data/rsa2048.der"
+expect 1 'The key is no OCTET STRING' '' "$data/rsa2048.der" --check
+expect 0 'ALG_ID      0x2200' '' "$data/dsa2048.der"
+expect 1 'certificate 1 of 1' \
+  '1.2.840.10045.2.1 is no public-key algorithm' "$data/ecp256.der"
 
 cat "$gost" "$data/rsa2048.der" > bundle.der
-expect 0 'certificate 2 of 2' out bundle.der
-expect 1 'holds 2 certificates' err bundle.der --out blob2
+expect 0 'certificate 2 of 2' '' bundle.der
+expect 1 '' 'holds 2 certificates' bundle.der --out blob2
 [ ! -e blob2 ] || fail 'a blob was written'
 for der in "$gost" "$data/rsa2048.der"; do
   echo '-----BEGIN CERTIFICATE-----'
   base64 -w 64 "$der"
   echo '-----END CERTIFICATE-----'
 done > bundle.pem
-expect 0 'certificate 2 of 2' out bundle.pem
+expect 0 'certificate 2 of 2' '' bundle.pem
 
-expect 1 'No such file' err missing.der
-expect 1 'nothing can be read' err "$work"
-: > empty
-expect 1 'nothing can be read' err empty
-head -c 200 "$gost" > cut
-expect 1 'certificate 1 is damaged' err cut
-head -c 300 bundle.pem > cut.pem
-expect 1 'certificate 1 is damaged' err cut.pem
-printf -- '-----BEGIN NOTHING-----\nAAAA\n-----END NOTHING-----\n' > none.pem
-expect 1 'no certificate' err none.pem
+expect 1 '' 'No such file' missing.der
+expect 1 '' 'nothing can be read' "$folder"
+makes empty ''
+expect 1 '' 'nothing can be read' empty
+head -c 200 "$gost" > damaged
+expect 1 '' 'certificate 1 is damaged' damaged
+head -c 300 bundle.pem > damaged.pem
+expect 1 '' 'certificate 1 is damaged' damaged.pem
+makes none.pem \
+  '-----BEGIN NOTHING-----\nAAAA\n-----END NOTHING-----\n'
+expect 1 '' 'no certificate' none.pem
 head -c 30 blob > short
-expect 1 'too short' err --back short
-expect 1 'cannot be written' err "$gost" --out "$work"
-"$keyblob" "$gost" > /dev/full 2> err && fail 'a full disk went unseen'
-grep -q 'output cannot be written' err || fail 'no word of a full disk'
+expect 1 '' 'too short' --back short
 
-expect 2 'usage' err
-expect 2 'usage' err --unknown
-expect 2 'usage' err "$gost" "$gost"
-expect 2 'usage' err "$gost" --out
-expect 2 'usage' err --back blob --check
-expect 2 'usage' err --back blob "$gost"
-expect 0 'usage' out --help
+# What can't be written.
+expect 1 'blob        100 bytes' 'cannot be written' "$gost" --out "$folder"
+expect 1 'blob        100 bytes' 'cannot be written' "$gost" --out /dev/full
+expect_full_disk 1 'the output cannot be written' "$gost"
+expect_full_disk 1 'the output cannot be written' --back blob
+
+expect 2 '' 'usage'
+expect 2 '' 'usage' --unknown
+expect 2 '' 'usage' "$gost" "$gost"
+expect 2 '' 'usage' "$gost" --out
+expect 2 '' 'usage' --back blob --check
+expect 2 '' 'usage' --back blob "$gost"
+expect 0 'usage' '' --help

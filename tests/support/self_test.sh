@@ -50,6 +50,17 @@ fake() {
   chmod +x "$work/$1"
 }
 
+# changed PROGRAM WHAT MESSAGE SCRIPT [ARGUMENT...]
+# The test of a program must fail when it is given, before the arguments, one
+# that does SCRIPT, in which $real is the program.
+changed() {
+  fake changed "real='$1'
+$4"
+  what=$2 message=$3
+  shift 4
+  must_fail "$what" "$message" "$0" "$work/changed" "$@"
+}
+
 # Ends the self-test by its result.
 end_self_test() {
   if [ "$self_test_breaks" -eq 0 ]; then
