@@ -92,6 +92,13 @@ std::string Lines(std::size_t count) {
   return std::to_string(count) + (count == 1 ? " line" : " lines");
 }
 
+void Print(const std::string& text) {
+  std::cout << text << std::flush;
+  if (!std::cout) {
+    throw Refusal(kFailed, "can't write the output");
+  }
+}
+
 // Files, as bytes.
 
 class Descriptor {
@@ -320,7 +327,7 @@ class Tool {
       names_.push_back(Decode(call_.arguments[i], "argument"));
     }
     if (command == "get") {
-      Print(FindKey()->GetValue() + LineFeed());
+      Print(Encode(FindKey()->GetValue() + LineFeed()));
     } else if (command == "list") {
       List();
     } else {
@@ -364,13 +371,6 @@ class Tool {
     }
     throw Refusal(kFailed,
                   "there is no encoding in the locale for all of the text");
-  }
-
-  static void Print(const String& text) {
-    std::cout << Encode(text) << std::flush;
-    if (!std::cout) {
-      throw Refusal(kFailed, "can't write the output");
-    }
   }
 
   static void Load(File& file, const String& text, bool is_merged) {
@@ -463,13 +463,13 @@ class Tool {
 
   void List() {
     if (names_.empty()) {
-      Print(TextOf(file_));
+      Print(Encode(TextOf(file_)));
     } else {
       String text;
       for (const auto& key : FindSection()->GetKeys()) {
         text += key.first + Char{'='} + key.second->GetValue() + LineFeed();
       }
-      Print(text);
+      Print(Encode(text));
     }
     if (skipped_ != 0) {
       Note(Lines(skipped_) + " of " + call_.path() +
@@ -588,8 +588,8 @@ int Run(std::vector<std::string> words) {
   auto word = words.begin();
   for (; word != words.end() && word->rfind("--", 0) == 0; ++word) {
     if (*word == "--help") {
-      std::cout << kUsage << std::flush;
-      return std::cout ? kDone : kFailed;
+      Print(kUsage);
+      return kDone;
     }
     if (*word == "--wide") {
       is_wide = true;

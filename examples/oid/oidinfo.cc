@@ -21,6 +21,7 @@ namespace {
 constexpr int kFound = 0;
 constexpr int kNotFound = 1;
 constexpr int kBadUsage = 2;
+constexpr int kNotWritten = 3;
 
 constexpr char kUsage[] =
     R"(usage: oidinfo --oid OID        [--group ID]   e.g. 1.2.643.2.2.19
@@ -34,7 +35,7 @@ Prints the first record of the registry that matches, in one group or in all;
 Groups: 1 hash, 2 encryption, 3 public key, 4 signature, 5 name attribute,
 6 extension or attribute, 7 key usage, 8 policy, 20 parameter set.
 
-Exit status: 0 found, 1 not found, 2 bad usage.
+Exit status: 0 found, 1 not found, 2 bad usage, 3 the output cannot be written.
 )";
 
 struct GroupName {
@@ -252,5 +253,11 @@ int Run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
-  return Run({argv + 1, argv + argc});
+  const int status = Run({argv + 1, argv + argc});
+  std::cout << std::flush;
+  if (!std::cout) {
+    std::cerr << "oidinfo: the output cannot be written\n";
+    return kNotWritten;
+  }
+  return status;
 }

@@ -455,13 +455,23 @@ std::optional<Order> OrderFrom(const std::vector<std::string>& arguments) {
   return order;
 }
 
+// What was printed may only now fail to be written.
+int Finish(int status) {
+  std::cout << std::flush;
+  if (!std::cout || std::ferror(stdout) != 0) {
+    std::cerr << "keyblob: the output cannot be written\n";
+    return kFailed;
+  }
+  return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   if (arguments == std::vector<std::string>{"--help"}) {
     std::cout << kUsage;
-    return kDone;
+    return Finish(kDone);
   }
   const std::optional<Order> order = OrderFrom(arguments);
   if (!order) {
@@ -471,12 +481,7 @@ int main(int argc, char** argv) {
   const bool back = !order->back.empty();
   try {
     const bool well = back ? ShowBack(*order) : ShowAll(*order);
-    std::cout << std::flush;
-    if (!std::cout || std::ferror(stdout) != 0) {
-      std::cerr << "keyblob: the output cannot be written\n";
-      return kFailed;
-    }
-    return well ? kDone : kFailed;
+    return Finish(well ? kDone : kFailed);
   } catch (const std::exception& failure) {
     std::cerr << "keyblob: " << (back ? order->back : order->certificates)
               << ": " << failure.what() << '\n';

@@ -174,7 +174,7 @@ expect 4 '' "real: can't read"           list   real
 expect 4 '' "real: can't read"           set    real S '[k' v
 expect 4 '' "made.ini/f: can't open"     set    made.ini/f S '[k' v
 expect 4 '' '/dev/null: is no regular'   set    /dev/null S '[k' v
-expect_full_disk 4 '' --help
+expect_full_disk 4 "can't write the output" --help
 expect_full_disk 4 "can't write the output" list made.ini
 expect_full_disk 4 "can't write the output" get  made.ini S '[k'
 

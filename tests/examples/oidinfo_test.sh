@@ -21,6 +21,14 @@ if [ "$1" = --self-test ]; then
     changed "$2" "a record less" '--all prints 259 lines' \
       '[ "$1" != --all ] || { "$real" --all | sed 260d; exit; }
        exec "$real" "$@"'
+    changed "$2" "no status for a full disk" '--help > /dev/full' \
+      '"$real" "$@"; status=$?; [ "$status" -ne 3 ] || exit 0; exit "$status"'
+    changed "$2" "no word of a full disk" '--help > /dev/full' \
+      '"$real" "$@" 2> messages; status=$?
+       [ "$status" -eq 3 ] || cat messages >&2; exit "$status"'
+    changed "$2" "a lookup that passes over a full disk" '--oid .* > /dev/full' \
+      '"$real" "$@"; status=$?
+       [ "$1$status" != --oid3 ] || exit 0; exit "$status"'
   }
   must_fail "no program" 'exit status 127' "$0" "$work/none"
   end_self_test
@@ -65,3 +73,9 @@ expect 2 '' "'-1' is no ALG_ID"      --algid -1
 expect 2 '' 'is no ALG_ID'           --algid 4294967296
 expect 2 '' 'is no pair'             --sign 0x8004
 expect 2 '' 'is no pair'             --sign 0x8004,
+
+for order in --help --all '--oid 2.5.4.3' '--name E' '--algid 0x661E' \
+  '--sign 32772,9216'; do
+  # shellcheck disable=SC2086  # the order is words
+  expect_full_disk 3 'the output cannot be written' $order
+done

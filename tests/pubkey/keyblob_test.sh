@@ -93,7 +93,9 @@ expect 1 '' 'too short' --back short
 # What can't be written.
 expect 1 'blob        100 bytes' 'cannot be written' "$gost" --out "$folder"
 expect 1 'blob        100 bytes' 'cannot be written' "$gost" --out /dev/full
+expect_full_disk 1 'the output cannot be written' --help
 expect_full_disk 1 'the output cannot be written' "$gost"
+expect_full_disk 1 'the output cannot be written' "$gost" --check
 expect_full_disk 1 'the output cannot be written' --back blob
 
 expect 2 '' 'usage'
