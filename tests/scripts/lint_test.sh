@@ -6,8 +6,6 @@ set -eu
 top=$(cd "$(dirname "$1")/.." && pwd)
 # shellcheck source=tests/support/self_test.sh
 . "$top/tests/support/self_test.sh"
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 cd "$work"
 git init -q .
 mkdir scripts oid
@@ -27,7 +25,7 @@ must_pass "a clean project" scripts/lint
 
 sees() {  # sees PATTERN TEXT
   holds "$2"
-  must_fail_saying "$1" "$1" scripts/lint
+  must_fail "$1" "$1" scripts/lint
 }
 sees 'not as clang-format' '// For.\nint  Answer() { return 42; }\n'
 sees 'misspelt' '// Recieve.\nint Answer() { return 42; }\n'
@@ -41,5 +39,5 @@ holds '// What it is for.\n'
 # shellcheck disable=SC2016  # for the written script
 printf '#!/bin/sh\necho $1\n' > scripts/unquoted
 git add -A
-must_fail_saying 'shellcheck' "a shell script's fault" scripts/lint
+must_fail "a shell script's fault" 'shellcheck' scripts/lint
 end_self_test
