@@ -135,6 +135,8 @@ void Copy(unsigned char* to, const void* from, unsigned int count) {
 
 }  // namespace
 
+// Only the bytes that `length` counts are read, and these are copied in before.
+// cppcheck-suppress uninitMemberVar
 IdentObj::IdentObj() : length(0), data(room_ + kHeaderRoom), heap_(nullptr) {}
 
 IdentObj::IdentObj(const void* bytes, unsigned int count) : IdentObj() {
