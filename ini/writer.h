@@ -25,20 +25,20 @@ class LineWriter {
   LineWriter(Stream& output, View line_feed)
       : output_(output),
         line_feed_(line_feed),
-        is_open_(output.rdbuf() != nullptr &&
-                 PutArea<Char>::IsOpenTo(*output.rdbuf())) {}
+        is_standard_(output.rdbuf() != nullptr &&
+                     PutArea<Char>::IsStandard(*output.rdbuf())) {}
 
   /// Writes a line of three parts.
   void Write(View first, View second, View third) {
-    if (is_open_ && !IsInsertionSeen() &&
-        PutArea<Char>::Takes(
+    if (is_standard_ && !IsInsertionSeen() &&
+        PutArea<Char>::HasRoomFor(
             *output_.rdbuf(),
             first.size() + second.size() + third.size() + line_feed_.size())) {
       for (const View part : {first, second, third, line_feed_}) {
         PutArea<Char>::Put(*output_.rdbuf(), part);
       }
     } else {
-      if (is_open_ && IsInsertionUnsafe()) {
+      if (is_standard_ && IsInsertionUnsafe()) {
         output_.flush();
       }
       // One `assign` and two `append`s draw a false warning from GCC 12 -O3.
@@ -70,7 +70,7 @@ class LineWriter {
 
   Stream& output_;
   View line_feed_;
-  bool is_open_;
+  bool is_standard_;
   std::basic_string<Char> line_;
 };
 
