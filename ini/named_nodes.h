@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "ini/trim.h"
 #include "ini/twins.h"
 
 /// @file
@@ -19,23 +20,6 @@ namespace korvan::ini {
 
 template <class Nodes>
 using NodeOf = std::remove_pointer_t<typename Nodes::mapped_type>;
-
-/// Names lose blanks and tabs at both ends, and nothing else. Every operation
-/// comes through here, mostly with nothing to lose: then it looks at two
-/// characters, where Trim would first have to be given a string of the set.
-template <class String>
-void TrimName(String& name) {
-  const auto is_blank = [](typename String::value_type character) {
-    return character == ' ' || character == '\t';
-  };
-  while (!name.empty() && is_blank(name.back())) {
-    name.pop_back();
-  }
-  if (!name.empty() && is_blank(name.front())) {
-    name.erase(name.begin(),
-               std::find_if_not(name.begin(), name.end(), is_blank));
-  }
-}
 
 /// Whether a name belongs between the entry before `place` and the one at it,
 /// so that `place` may be given as a hint.

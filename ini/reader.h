@@ -1,3 +1,8 @@
+// Reads INI text into a document.
+//
+// To the stream it does what a loop of std::getline does, to the last flag and
+// character. But a line that lies whole in the stream's buffer is read where it
+// lies, without a copy and without a call for each line.
 #ifndef KORVAN_INI_READER_H_
 #define KORVAN_INI_READER_H_
 
@@ -8,12 +13,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "ini/line.h"
 #include "ini/stream_area.h"
-
-/// @file
-/// Reads INI text into a document. What a stream's `std::getline` would do to
-/// the stream line by line, this does too, to the last flag and character;
-/// but a line that lies whole in the stream's buffer is read where it lies.
 
 namespace korvan::ini {
 
@@ -26,8 +27,12 @@ class Reader {
 
   explicit Reader(File& file) : file_(file) {}
 
+  // Reads lines until the stream gives no more.
   void Read(Stream& input) {
-    while (ReadCutLine(input, ReadWholeLines(input))) {
+    bool has_more = true;
+    while (has_more) {
+      const View piece = ReadWholeLines(input);
+      has_more = ReadCutLine(input, piece);
     }
   }
 
@@ -36,22 +41,9 @@ class Reader {
   using View = std::basic_string_view<Char>;
   using Section = std::remove_pointer_t<typename File::Sections::mapped_type>;
 
-  /// The line reader takes this character for the end of the text where it
-  /// asks for a single one: at the beginning of a line and of a buffer.
-  static bool IsEndOfText(Char character) {
-    return Traits::eq_int_type(Traits::to_int_type(character), Traits::eof());
-  }
-
-  /// What comes before the first such character, if there can be one.
-  static View BeforeEndOfText(View text) {
-    constexpr Char kEnd = Traits::to_char_type(Traits::eof());
-    return IsEndOfText(kEnd) ? text.substr(0, text.find(kEnd)) : text;
-  }
-
-  /// Reads the lines that lie whole in the stream's buffer.
-  ///
-  /// @return the piece that the buffer has of the next line; empty where
-  ///         every step has to be left to the line reader.
+  // Reads the lines that lie whole in the stream's buffer. Returns the
+  // beginning of the next line, as much of it as the buffer has. Returns an
+  // empty view if the stream itself has to take every step.
   View ReadWholeLines(Stream& input) {
     // With a tie, each line begins with a flush of the tied stream.
     if (!input.good() || input.tie() != nullptr) {
@@ -59,103 +51,75 @@ class Reader {
     }
     const Char line_feed = input.widen('\n');
     View rest = BeforeEndOfText(GetArea<Char>::Of(*input.rdbuf()));
-    while (true) {
-      const std::size_t size = rest.find(line_feed);
-      if (size == View::npos) {
+    std::size_t size = rest.find(line_feed);
+    while (size != View::npos) {
+      const std::size_t opening = rest.find(kLineOpening);
+      if (opening > size) {
+        // All lines before the one with the bracket are skipped.
+        rest.remove_prefix(rest.rfind(line_feed, opening) + 1);
+      } else {
+        const View line = rest.substr(0, size);
+        rest.remove_prefix(size + 1);
+        // The stream moves on before the line is entered: if that throws, the
+        // line has been read.
         GetArea<Char>::TakeUpTo(*input.rdbuf(), rest.data());
-        return rest;
+        EnterLine(line);
       }
-      // Only a line with a bracket in it can be more than skipped.
-      if (const std::size_t bracket = rest.find('['); bracket > size) {
-        rest.remove_prefix(rest.rfind(line_feed, bracket) + 1);
-        continue;
-      }
-      const View line = rest.substr(0, size);
-      rest.remove_prefix(size + 1);
-      // First the stream moves on, then the line is entered: when that throws,
-      // the line has been read.
-      GetArea<Char>::TakeUpTo(*input.rdbuf(), rest.data());
-      Enter(line);
+      size = rest.find(line_feed);
     }
+    GetArea<Char>::TakeUpTo(*input.rdbuf(), rest.data());
+    return rest;
   }
 
-  /// Reads the next line, of which the stream's buffer has but a piece, by
-  /// the standard line reader.
-  ///
-  /// @return false at the end of the text.
+  // Reads the line that begins with `piece` and goes on beyond the stream's
+  // buffer. Returns false if the stream gives no more lines.
   bool ReadCutLine(Stream& input, View piece) {
-    if (!HasNameAndMore(piece)) {
-      if (!std::getline(input, line_)) {
-        return false;
-      }
-      Enter(line_);
-      return true;
+    return section_ != nullptr && HoldsNameAndMore(piece)
+               ? ReadNameAndValue(input)
+               : ReadLine(input);
+  }
+
+  bool ReadLine(Stream& input) {
+    if (!std::getline(input, line_)) {
+      return false;
     }
-    // The value may be large, so it is read into the string that the key will
-    // keep. To the stream these two calls are one: they begin with characters
-    // that it has at hand, the second with one at least.
+    EnterLine(line_);
+    return true;
+  }
+
+  // Reads the value, which may be large, into the string that the key will
+  // keep. To the stream the two calls are one for the whole line, because each
+  // begins with a character that the buffer has: neither comes upon the end of
+  // the text by itself. If the first fails, so does the second.
+  bool ReadNameAndValue(Stream& input) {
     String name;
     String value;
     std::getline(input, name, Char{'='});
     if (!std::getline(input, value)) {
       return false;
     }
-    if (WithoutTrailing(IsWhite, value).ends_with(']')) {
-      Enter(name + Char{'='} + value);
+    if (EndsHeader<Char>(value)) {
+      EnterLine(name + Char{'='} + value);
     } else {
-      value.resize(WithoutTrailing(IsLineEnd, value).size());
+      value.resize(ValueOf<Char>(value).size());
       EnterKey(std::move(name), std::move(value));
     }
     return true;
   }
 
-  /// Whether a key line begins here, its name whole and its value begun.
-  bool HasNameAndMore(View piece) const {
-    if (section_ == nullptr || !WithoutLeadingBlanks(piece).starts_with('[')) {
-      return false;
-    }
-    return piece.find('=') < piece.size() - 1;
-  }
-
-  static bool IsBlank(Char character) {
-    return character == ' ' || character == '\t';
-  }
-  static bool IsLineEnd(Char character) {
-    return character == '\n' || character == '\r';
-  }
-  static bool IsWhite(Char character) {
-    return IsBlank(character) || IsLineEnd(character);
-  }
-
-  static View WithoutLeadingBlanks(View line) {
-    while (!line.empty() && IsBlank(line.front())) {
-      line.remove_prefix(1);
-    }
-    return line;
-  }
-
-  static View WithoutTrailing(bool (&is_trimmed)(Char), View line) {
-    while (!line.empty() && is_trimmed(line.back())) {
-      line.remove_suffix(1);
-    }
-    return line;
-  }
-
-  void Enter(View line) {
-    line = WithoutLeadingBlanks(line);
-    if (!line.starts_with('[')) {
-      return;
-    }
-    line = WithoutTrailing(IsLineEnd, line);
-    if (WithoutTrailing(IsWhite, line).back() == ']') {
-      // The last character goes whatever it is: "[Main] " names "Main]".
-      // Existing files have such names.
-      section_ = file_.AddSection(String(line.substr(1, line.size() - 2)));
-    } else if (section_ != nullptr) {  // none before the first header
-      if (const std::size_t equals = line.find('='); equals != View::npos) {
-        EnterKey(String(line.substr(0, equals)),
-                 String(line.substr(equals + 1)));
-      }
+  void EnterLine(View text) {
+    const Line<Char> line = ParseLine(text);
+    switch (line.kind) {
+      case LineKind::kSkipped:
+        break;
+      case LineKind::kHeader:
+        section_ = file_.AddSection(String(line.name));
+        break;
+      case LineKind::kKey:
+        if (section_ != nullptr) {  // null before the first header
+          EnterKey(String(line.name), String(line.value));
+        }
+        break;
     }
   }
 
@@ -163,9 +127,19 @@ class Reader {
     section_->AddKey(std::move(name))->SetValue(std::move(value));
   }
 
+  // `text` up to the first character that the standard line reader would take
+  // for the end of the text: the one that equals Traits::eof(). Only wide text
+  // can have it.
+  static View BeforeEndOfText(View text) {
+    constexpr Char kEnd = Traits::to_char_type(Traits::eof());
+    constexpr bool kIsCharacter =
+        Traits::eq_int_type(Traits::to_int_type(kEnd), Traits::eof());
+    return kIsCharacter ? text.substr(0, text.find(kEnd)) : text;
+  }
+
   File& file_;
-  Section* section_ = nullptr;
-  String line_;
+  Section* section_ = nullptr;  // the one that key lines go to
+  String line_;                 // kept for its memory
 };
 
 }  // namespace korvan::ini
