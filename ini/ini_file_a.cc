@@ -6,7 +6,6 @@
 #include <string>
 #include <utility>
 
-#include "ini/editing.h"
 #include "ini/twins.h"
 
 namespace korvan {
@@ -48,7 +47,7 @@ unsigned long File::GetKeyValueDword(std::string section,
                                      std::string key) const {
   unsigned int number = 0xFFFFFFFF;  // stays where the text holds no number
   if (const Key* const found =
-          ini::GetKey(*this, std::move(section), std::move(key))) {
+          FindKey(*this, std::move(section), std::move(key))) {
     static_cast<void>(std::sscanf(found->value_.c_str(), "%u", &number));
   }
   return number;
