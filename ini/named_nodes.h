@@ -1,3 +1,8 @@
+// What a document does with its sections, and a section with its keys. Both are
+// maps from names to objects that they own.
+//
+// Whatever fails: an entry's name and the object's own name are the same text,
+// and no object has two entries.
 #ifndef KORVAN_INI_NAMED_NODES_H_
 #define KORVAN_INI_NAMED_NODES_H_
 
@@ -11,30 +16,34 @@
 #include "ini/trim.h"
 #include "ini/twins.h"
 
-/// @file
-/// What a document does with its sections and a section with its keys: both
-/// are a map from names to objects that the map owns. A map's key and the name
-/// field of the object under it are the same text, whatever fails.
-
 namespace korvan::ini {
 
+// Section or Key, for a map of sections or keys.
 template <class Nodes>
 using NodeOf = std::remove_pointer_t<typename Nodes::mapped_type>;
 
-/// Whether a name belongs between the entry before `place` and the one at it,
-/// so that `place` may be given as a hint.
-///
-/// wcscasecmp subtracts units, so of units of 0x80000000 and more, which UTF-32
-/// does not have but a string may, it makes no order: 1 < 0x60000000 <
-/// 0xC0000000 < 1, and of two units 0x80000000 apart each comes before the
-/// other. A map that is given a hint between such names drops entries, and
-/// `emplace` gives itself one. `insert` of an entry does not; a name may then
-/// stand twice, and no entry is lost.
+// Returns null if there is no object of that name.
+template <class Nodes>
+NodeOf<Nodes>* Find(const Nodes& nodes, typename Nodes::key_type&& name) {
+  TrimName(name);
+  const auto found = nodes.find(name);
+  return found == nodes.end() ? nullptr : found->second;
+}
+
+// Whether a name belongs between the entry before `place` and the one at
+// `place`. Only such a place may be given to the map as a hint.
+//
+// Wide names may have units of 0x80000000 and more, though UTF-32 has none.
+// wcscasecmp subtracts units, so it makes no order of these: 1 < 0x60000000 <
+// 0xC0000000 < 1. A map that is given a hint between such names loses entries.
+// `emplace` gives itself a hint; `insert` of an entry gives none, and at worst
+// a name then has two entries.
 template <class Nodes>
 bool BelongsAt(const Nodes& nodes, typename Nodes::const_iterator place,
                const typename Nodes::key_type& name) {
   const auto comes_before = [](const auto& left, const auto& right) {
     const int difference = CompareNames(left, right);
+    // Of two units 0x80000000 apart, each would come before the other.
     return difference < 0 && difference != INT_MIN;
   };
   return (place == nodes.begin() ||
@@ -42,12 +51,14 @@ bool BelongsAt(const Nodes& nodes, typename Nodes::const_iterator place,
          (place == nodes.end() || comes_before(name, place->first));
 }
 
+// Returns the object of that name, and creates it if there is none.
 template <class Nodes, class Owner>
 NodeOf<Nodes>* FindOrCreate(Nodes& nodes, Owner* owner,
                             typename Nodes::key_type&& name) {
+  using Entry = typename Nodes::value_type;
   TrimName(name);
-  // Files mostly have their names in order, so the end is tried before the
-  // tree is searched.
+  // Most files have their names in order, so the end is tried before the map is
+  // searched.
   auto place = nodes.end();
   bool belongs = BelongsAt(nodes, place, name);
   if (!belongs) {
@@ -57,30 +68,20 @@ NodeOf<Nodes>* FindOrCreate(Nodes& nodes, Owner* owner,
     }
     belongs = BelongsAt(nodes, place, name);
   }
-  auto made = std::make_unique<NodeOf<Nodes>>(owner, name);
+  auto created = std::make_unique<NodeOf<Nodes>>(owner, name);
   const auto entry =
-      belongs
-          ? nodes.emplace_hint(place, std::move(name), made.get())
-          : nodes
-                .insert(typename Nodes::value_type(std::move(name), made.get()))
-                .first;
-  // A map whose order broke may come upon the name after all: then it did not
-  // take the new object.
-  if (entry->second == made.get()) {
-    static_cast<void>(made.release());  // the map owns it now
+      belongs ? nodes.emplace_hint(place, std::move(name), created.get())
+              : nodes.insert(Entry(std::move(name), created.get())).first;
+  // Names without an order may let the map find the name after all. Then it
+  // keeps what it has, and the new object goes.
+  if (entry->second == created.get()) {
+    static_cast<void>(created.release());  // the map owns it now
   }
   return entry->second;
 }
 
-template <class Nodes>
-NodeOf<Nodes>* Find(const Nodes& nodes, typename Nodes::key_type&& name) {
-  TrimName(name);
-  const auto found = nodes.find(name);
-  return found == nodes.end() ? nullptr : found->second;
-}
-
-/// Destroys the object under a name, taken as it is. The name may be the
-/// object's own.
+// Removes the entry of a name and destroys its object. The name must have been
+// trimmed; it may be the object's own.
 template <class Nodes>
 void Remove(Nodes& nodes, const typename Nodes::key_type& name) {
   if (const auto found = nodes.find(name); found != nodes.end()) {
@@ -91,38 +92,39 @@ void Remove(Nodes& nodes, const typename Nodes::key_type& name) {
 
 template <class Nodes>
 void RemoveAll(Nodes& nodes) {
-  for (const auto& entry : nodes) {
-    delete entry.second;
+  for (const auto& [name, node] : nodes) {
+    delete node;
   }
   nodes.clear();
 }
 
-/// Enters `node` under a new name, and takes it from under its present one.
+// Renames `node`, whose own name is `name`, and its entry. It has none if a
+// caller made it and never entered it. Returns false, with nothing changed, if
+// the new name is taken. Strong guarantee.
 template <class Nodes>
 bool Rename(Nodes& nodes, NodeOf<Nodes>* node, typename Nodes::key_type& name,
             typename Nodes::key_type&& new_name) {
+  using Entry = typename Nodes::value_type;
   TrimName(new_name);
-  // All that may throw comes before the first change, or changes nothing when
-  // it throws.
-  typename Nodes::key_type renamed = new_name;
-  const auto inserted =
-      nodes.insert(typename Nodes::value_type(std::move(new_name), node));
-  if (!inserted.second) {
+  typename Nodes::key_type copy = new_name;
+  const auto [entered, is_new] = nodes.insert(Entry(std::move(new_name), node));
+  if (!is_new) {
     return false;
   }
-  const auto entered = inserted.first;
+  // Nothing throws from here on.
+  const auto is_former = [node, entry = &*entered](const auto& other) {
+    return other.second == node && &other != entry;
+  };
   auto former = nodes.find(name);
-  if (former == nodes.end() || former == entered || former->second != node) {
-    // A change of the locale hides entries from a search. Left in the map, the
-    // former entry would have the object destroyed twice.
-    former = std::find_if(nodes.begin(), nodes.end(), [&](const auto& entry) {
-      return entry.second == node && &entry != &*entered;
-    });
+  if (former == nodes.end() || !is_former(*former)) {
+    // After a change of the locale a search may miss entries. The former one
+    // must go, or the object would be destroyed twice.
+    former = std::find_if(nodes.begin(), nodes.end(), is_former);
   }
   if (former != nodes.end()) {
     nodes.erase(former);
   }
-  name = std::move(renamed);
+  name = std::move(copy);
   return true;
 }
 
