@@ -1,7 +1,9 @@
+// The files that documents are loaded from and saved to.
 #ifndef KORVAN_INI_FILE_STREAM_H_
 #define KORVAN_INI_FILE_STREAM_H_
 
 #include <cstddef>
+#include <fstream>
 #include <ios>
 #include <memory>
 #include <string>
@@ -10,19 +12,21 @@
 
 namespace korvan::ini {
 
-/// An open file, or one that could not be opened. It moves large blocks where
-/// that makes no difference but speed.
+// A file stream, open unless the file could not be opened.
+//
+// A file without conversion is moved in large blocks. With one the size of the
+// blocks would show: if it fails, what is lost depends on where a block began.
 template <class Stream>
 class FileStream {
  public:
-  template <class String>
-  FileStream(const String& name, std::ios_base::openmode mode) {
-    using Char = typename Stream::char_type;
-    if (AnyBlockWillDo(Char{}, stream_.getloc())) {
+  using Char = typename Stream::char_type;
+
+  explicit FileStream(const std::basic_string<Char>& name) {
+    if (IsFileUnconverted<Char>(stream_.getloc())) {
       block_ = std::make_unique_for_overwrite<Char[]>(kBlockSize);
       stream_.rdbuf()->pubsetbuf(block_.get(), kBlockSize);
     }
-    stream_.open(FileName(name), mode | std::ios_base::binary);
+    stream_.open(FileName(name), std::ios_base::binary);
   }
 
   bool is_open() const { return stream_.is_open(); }
@@ -31,10 +35,16 @@ class FileStream {
  private:
   static constexpr std::size_t kBlockSize = std::size_t{1} << 16;
 
-  // The stream uses the block to its end: it must go first.
-  std::unique_ptr<typename Stream::char_type[]> block_;
+  // Outlives the stream, which uses it to its end.
+  std::unique_ptr<Char[]> block_;
   Stream stream_;
 };
+
+template <class Char>
+using InputFile = FileStream<std::basic_ifstream<Char>>;
+
+template <class Char>
+using OutputFile = FileStream<std::basic_ofstream<Char>>;
 
 }  // namespace korvan::ini
 

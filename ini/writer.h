@@ -83,7 +83,7 @@ class Writer {
   bool DoesInsertionOverrun() const {
     return output_.good() && PutArea<Char>::IsOverfull(*output_.rdbuf()) &&
            (output_.width() != 0 ||
-            !AnyBlockWillDo(Char{}, output_.rdbuf()->getloc()));
+            !IsFileUnconverted<Char>(output_.rdbuf()->getloc()));
   }
 
   Stream& output_;
