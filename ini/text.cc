@@ -1,3 +1,4 @@
+// The exported text helpers.
 #include <korvan/text.h>
 
 #include <cstdlib>
@@ -6,16 +7,10 @@
 namespace korvan {
 namespace {
 
-// Where no character stays, find_last_not_of gives npos, and npos + 1 is 0.
 template <class String>
-void TrimRight(String& text, const String& set) {
-  text.erase(text.find_last_not_of(set) + 1);
-}
-
+void TrimRight(String& text, const String& set);
 template <class String>
-void TrimLeft(String& text, const String& set) {
-  text.erase(0, text.find_first_not_of(set));
-}
+void TrimLeft(String& text, const String& set);
 
 }  // namespace
 
@@ -30,17 +25,18 @@ void LTrim(std::string& text, const std::string& set) { TrimLeft(text, set); }
 void LTrim(std::wstring& text, const std::wstring& set) { TrimLeft(text, set); }
 
 void Trim(std::string& text, const std::string& set) {
-  TrimRight(text, set);
-  TrimLeft(text, set);
+  RTrim(text, set);
+  LTrim(text, set);
 }
 
 void Trim(std::wstring& text, const std::wstring& set) {
-  TrimRight(text, set);
-  TrimLeft(text, set);
+  RTrim(text, set);
+  LTrim(text, set);
 }
 
-// The result's length is part of the contract, so what the C library says of
-// the conversion is of no use.
+// Both conversions ignore what the C library says of them: the length of the
+// result does not depend on it.
+
 std::string wstr_to_str(const std::wstring& text) {
   std::string converted(text.size(), '\0');
   static_cast<void>(
@@ -55,4 +51,18 @@ std::wstring str_to_wstr(const std::string& text) {
   return converted;
 }
 
+namespace {
+
+// If every character goes, find_last_not_of returns npos, and npos + 1 is 0.
+template <class String>
+void TrimRight(String& text, const String& set) {
+  text.erase(text.find_last_not_of(set) + 1);
+}
+
+template <class String>
+void TrimLeft(String& text, const String& set) {
+  text.erase(0, text.find_first_not_of(set));
+}
+
+}  // namespace
 }  // namespace korvan
