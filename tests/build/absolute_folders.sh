@@ -7,11 +7,14 @@ if [ "$1" = --self-test ]; then
   shift
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
+  # shellcheck source=tests/build/quick_compiler.sh
+  . "$(dirname "$0")/quick_compiler.sh"
+  quick_compiler "$2" "$3"
   # A pkg-config that joins the prefix and an absolute path.
   fake tools/pkg-config \
     "echo '-I/prefix$work/include -L/prefix$work/lib -lkorvan'"
   must_fail "wrong folders from pkg-config" 'korvan.h: No such file' \
-    env PATH="$work/tools:$PATH" "$0" "$1" "$2" "$3" "$work/work"
+    env PATH="$work/tools:$PATH" "$0" "$1" "$work/compiler" "$3" "$work/work"
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4
@@ -28,8 +31,8 @@ trap 'rm -rf "$folders"' EXIT
 "$cmake" --build "$work/build" > /dev/null
 "$cmake" --install "$work/build" > /dev/null
 
-PKG_CONFIG_PATH=$folders/lib/pkgconfig
-export PKG_CONFIG_PATH
+unset PKG_CONFIG_PATH
+export PKG_CONFIG_LIBDIR="$folders/lib/pkgconfig"  # and no other place
 flags=$(pkg-config --cflags --libs korvan)
 echo "pkg-config: $flags"
 # shellcheck disable=SC2086  # the flags are words

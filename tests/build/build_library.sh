@@ -5,37 +5,25 @@
 set -eu
 
 if [ "$1" = --self-test ]; then
-  cmake=$2 compiler=$3 source=$4 flags=$6
+  script=$0 cmake=$2 compiler=$3 source=$4 flags=$6
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  # by WHAT MESSAGE SCRIPT [FLAG...]: a compiler that takes any source of the
-  # library for an empty one, and does SCRIPT before.
-  : > "$work/empty.cc"
-  by() {
-    fake compiler "for argument in \"\$@\"; do
-      shift
-      case \$argument in
-        '$source'/*.cc) argument='$work/empty.cc' ;;
-      esac
-      set -- \"\$@\" \"\$argument\"
-    done
-    $3
-    exec '$compiler' \"\$@\""
-    set -- "$1" "$2" "$0" "$cmake" "$work/compiler" "$source" "$work/build" \
-      "$flags${4:+ $4}"
-    if [ -z "$2" ]; then
-      shift 2
-      must_pass "an empty library" "$@"
-    else
-      must_fail "$@"
-    fi
+  # shellcheck source=tests/build/quick_compiler.sh
+  . "$(dirname "$0")/quick_compiler.sh"
+  # built SCRIPT [FLAG...]: by a compiler that does SCRIPT.
+  # shellcheck disable=SC2317  # called by must_pass and must_fail
+  built() {
+    quick_compiler "$compiler" "$source" "$1"
+    shift
+    "$script" "$cmake" "$work/compiler" "$source" "$work/build" "$flags $*"
   }
-  by "" "" ""
-  by "a warning by the linker" '^the build warns' \
+  must_pass "an empty library" built :
+  must_fail "a warning by the linker" '^the build warns' built \
     'case "$*" in *-shared*) echo "ld: warning: it is made up" >&2 ;; esac'
   echo 'inline int Cast(long number) { return (int)number; }' > "$work/cast.h"
-  by "a warning by the compiler" 'error: use of old-style cast' "" \
-    "-include $work/cast.h"
+  must_fail "a warning by the compiler" 'error: use of old-style cast' \
+    built : -include "$work/cast.h"
+  must_fail "no compiler" 'is not able to compile' built 'exit 1'
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4 flags=$5

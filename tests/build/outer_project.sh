@@ -89,6 +89,7 @@ for fetches in $ways; do
 done
 
 build=$work/build_OFF
+[ -f "$build/korvan/cmake_install.cmake" ] || fail "no install script is seen"
 if grep -q 'elseif\|file(INSTALL' "$build/korvan/cmake_install.cmake"; then
   fail "installed with the outer project: see $build/korvan/cmake_install.cmake"
 fi

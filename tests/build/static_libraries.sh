@@ -7,13 +7,16 @@ if [ "$1" = --self-test ]; then
   shift
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
+  # shellcheck source=tests/build/quick_compiler.sh
+  . "$(dirname "$0")/quick_compiler.sh"
+  quick_compiler "$2" "$3"
   # A cmake that ignores the wish for static libraries.
   # shellcheck disable=SC2016  # for the written script
   fake cmake 'for arg; do shift; case $arg in
       -DBUILD_SHARED_LIBS=OFF) ;; *) set -- "$@" "$arg" ;; esac; done
     exec '"'$1'"' "$@"'
   must_fail "shared libraries" 'no libkorvan\.a' \
-    "$0" "$work/cmake" "$2" "$3" "$work/work"
+    "$0" "$work/cmake" "$work/compiler" "$3" "$work/work"
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4
@@ -30,8 +33,8 @@ for library in libkorvan libkorvan_platform; do
 done
 [ -z "$(find "$lib" -name '*.so*')" ] || { echo "a shared library"; exit 1; }
 
-PKG_CONFIG_PATH=$lib/pkgconfig
-export PKG_CONFIG_PATH
+unset PKG_CONFIG_PATH
+export PKG_CONFIG_LIBDIR="$lib/pkgconfig"  # and no other place
 flags=$(pkg-config --static --cflags --libs korvan)
 echo "pkg-config: $flags"
 "$compiler" -std=c++11 -c -I"$work/installed/include" \
