@@ -9,12 +9,11 @@
 #include <cstddef>
 #include <cstdlib>
 #include <new>
-#include <sstream>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "mandated_shape.h"
+#include "floor.h"
+#include "plain_maps.h"
+#include "source.h"
 #include "texts.h"
 
 namespace {
@@ -59,7 +58,7 @@ constexpr std::size_t kKeys = 1'000'000;
 
 enum class Figure { kHeld, kPeak };
 
-// Runs `load` and tells what it took.
+// Runs `load`, which calls what it is given while the document is loaded.
 template <class Load>
 void Measure(benchmark::State& state, Figure figure, Load load) {
   for (auto _ : state) {
@@ -74,59 +73,48 @@ void Measure(benchmark::State& state, Figure figure, Load load) {
   }
 }
 
-template <class File>
+template <class Document>
 void Load(benchmark::State& state, const Content& content, Figure figure) {
-  std::istringstream stream(texts::TextOf(content, texts::Syntax::kBracketed));
+  Source<char> source(content, texts::Syntax::kBracketed);
   Measure(state, figure, [&](auto tell) {
-    stream.clear();
-    stream.seekg(0);
-    File file;
-    file.Load(stream);
+    source.Rewind();
+    Document document;
+    document.Load(source.stream());
     tell();
   });
 }
 
-void Fill(benchmark::State& state, const Content& content, Figure figure) {
-  std::vector<std::pair<std::string, std::string>> keys;
-  std::vector<shape::CutKey<char>> cut;
-  keys.reserve(content.keys);
-  const std::string section = texts::SectionName(content, 0);
-  for (std::size_t key = 0; key < content.keys; ++key) {
-    keys.emplace_back(texts::KeyName(content, texts::Syntax::kBracketed, key),
-                      texts::Value(content, key));
-    cut.push_back({section, keys.back().first, keys.back().second});
-  }
+void LoadFloor(benchmark::State& state, const Content& content, Figure figure) {
+  Source<char> source(content, texts::Syntax::kBracketed);
   Measure(state, figure, [&](auto tell) {
-    shape::File<char> file;
-    file.Fill(cut);
+    Floor<char> document;
+    document.Load(source);
     tell();
   });
-}
-
-template <class Run>
-void Register(const std::string& name, Run run) {
-  benchmark::RegisterBenchmark(name.c_str(), run)
-      ->Iterations(1)
-      ->Repetitions(1)
-      ->Unit(benchmark::kMillisecond);
 }
 
 const bool is_registered = [] {
   for (const bool is_shuffled : {false, true}) {
     for (const Figure figure : {Figure::kHeld, Figure::kPeak}) {
-      std::string operation =
-          figure == Figure::kHeld ? "ini_memory_held" : "ini_memory_peak";
-      const std::string size = std::to_string(kKeys);
-      operation += is_shuffled ? "_shuffled/" : "_sorted/";
-      const Content content{kKeys, 1, is_shuffled, true};
-      Register(operation + "ours/" + size, [=](benchmark::State& state) {
+      std::string row = figure == Figure::kHeld ? "ini_narrow_memory_held_"
+                                                : "ini_narrow_memory_peak_";
+      row += std::to_string(kKeys) + (is_shuffled ? "_shuffled/" : "/");
+      const Content content = {kKeys, 1, is_shuffled, true};
+      const Content sorted = {kKeys, 1, false, true};
+      const auto add = [&](const char* competitor, auto run) {
+        benchmark::RegisterBenchmark((row + competitor).c_str(), run)
+            ->Iterations(1)
+            ->Repetitions(1)
+            ->Unit(benchmark::kMillisecond);
+      };
+      add("ours", [=](benchmark::State& state) {
         Load<korvan::CIniFileA>(state, content, figure);
       });
-      Register(operation + "plain/" + size, [=](benchmark::State& state) {
-        Load<shape::File<char>>(state, content, figure);
+      add("plain maps", [=](benchmark::State& state) {
+        Load<PlainMaps<char>>(state, content, figure);
       });
-      Register(operation + "limit/" + size,
-               [=](benchmark::State& state) { Fill(state, content, figure); });
+      add("floor",
+          [=](benchmark::State& state) { LoadFloor(state, sorted, figure); });
     }
   }
   return true;

@@ -1,3 +1,5 @@
+// Names and values are made of numbers, padded to one width.
+
 #include "texts.h"
 
 #include <algorithm>
@@ -26,6 +28,10 @@ std::vector<std::size_t> Numbers(std::size_t from, std::size_t to,
 
 }  // namespace
 
+std::size_t KeysBefore(const Content& content, std::size_t section) {
+  return content.keys * section / content.sections;
+}
+
 std::vector<Place> PlacesOf(const Content& content) {
   std::mt19937 random(1);
   std::vector<Place> places;
@@ -33,8 +39,7 @@ std::vector<Place> PlacesOf(const Content& content) {
   for (const std::size_t section :
        Numbers(0, content.sections, content.is_shuffled, random)) {
     for (const std::size_t key :
-         Numbers(content.keys * section / content.sections,
-                 content.keys * (section + 1) / content.sections,
+         Numbers(KeysBefore(content, section), KeysBefore(content, section + 1),
                  content.is_shuffled, random)) {
       places.push_back({section, key});
     }
@@ -52,7 +57,16 @@ std::string KeyName(const Content& content, Syntax syntax, std::size_t key) {
 }
 
 std::string Value(const Content& content, std::size_t key) {
-  return (content.is_ascii ? "value " : "значение ") + std::to_string(key);
+  return (content.is_ascii ? "value " : "значение ") + Padded(key, 7);
+}
+
+std::string OtherKeyName(const Content& content, Syntax syntax,
+                         std::size_t key) {
+  return KeyName(content, syntax, key) + "b";
+}
+
+std::string OtherValue(const Content& content, std::size_t key) {
+  return Value(content, key) + "b";
 }
 
 std::string TextOf(const Content& content, Syntax syntax) {
