@@ -14,7 +14,9 @@ int main() {
     }
   }
   std::cout << "%{\n#include <cstddef>\n#include <cstring>\n%}\n%%\n";
-  for (const std::string& oid : oids) std::cout << '"' << oid << "\"\n";
+  for (const std::string& oid : oids) {
+    std::cout << '"' << oid << "\"\n";
+  }
   std::cout << "%%\n"
                "const char* FindInGperf(const char* oid, std::size_t length) "
                "{\n  return Perfect_Hash::in_word_set(oid, length);\n}\n";
