@@ -1,266 +1,276 @@
 #!/usr/bin/env python3
-"""report.py [--plots FOLDER] OUTPUT INPUT...
+"""report.py [--whole] [--docs FOLDER] [--compiler NAME] OUTPUT INPUT...
 
-Makes one table of the JSON files that benchmark programs write: prints it,
-writes it as JSON to OUTPUT, and draws plots of it into FOLDER.
+Makes two tables of the JSON files that the benchmark programs write: prints
+them, and writes them as JSON to OUTPUT. With --docs it also rewrites the
+figures in FOLDER/performance.md and draws the plots beside it.
 
-A benchmark is named operation/competitor[/size]. The competitor "ours" is
-compared with the fastest of the others, and with "limit", what can't be had
-for less. Figures are medians of the repetitions, of the processor's time or,
-where a benchmark counts "bytes_per_key", of that.
+Fails, after all that, if the library is faster than a floor by more than noise,
+or if benchmarks and bench/rows.py do not agree. With --whole a row that was not
+measured is a failure too.
 """
 
 import argparse
 import json
-import math
 import pathlib
-import statistics
+import platform
 import sys
 from collections import defaultdict
+
+import plots
+import rows as listed
+from wording import ratio, readable
 
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 # What the benchmark library adds to a name.
 NAME_SUFFIXES = {"manual_time", "real_time", "process_time"}
+OURS, FLOOR, YARDSTICK = "ours", "floor", "yardstick"
+# Figures differ by as much from run to run.
+NOISE = 0.1
+BEGIN = "<!-- Figures: scripts/bench writes them. -->\n"
+END = "<!-- End of the figures. -->\n"
 
 
-def read(paths):
-    """{(operation, size): {competitor: [figures]}} and the operations' units."""
-    figures = defaultdict(lambda: defaultdict(list))
-    units = {}
-    for path in paths:
-        text = pathlib.Path(path).read_text()
-        if not text:  # every benchmark of the program was filtered out
-            continue
-        for run in json.loads(text)["benchmarks"]:
+def name_of(run):
+    """The row and the competitor of a benchmark, row/competitor[/size]."""
+    row, competitor, *rest = run["name"].split("/")
+    sizes = [part for part in rest if part not in NAME_SUFFIXES
+             and not part.startswith(("iterations:", "repeats:"))]
+    return "_".join([row, *sizes]), competitor
+
+
+def figure_of(run):
+    """Bytes for a key, or nanoseconds for an operation."""
+    if "bytes_per_key" in run:
+        return run["bytes_per_key"]
+    # A time taken by hand is the processor's already.
+    kind = "real_time" if "manual_time" in run["name"] else "cpu_time"
+    return run[kind] * NANOSECONDS[run["time_unit"]] / run.get("operations", 1)
+
+
+class Figures:
+    """What was measured: the best figure of each row and competitor."""
+
+    def __init__(self, paths):
+        self.best = defaultdict(dict)
+        self.units = {}
+        self.errors = []
+        self.context = {}
+        self.repetitions = 0
+        for path in paths:
+            text = pathlib.Path(path).read_text()
+            if text:  # else every benchmark of the program was filtered out
+                self._add(json.loads(text))
+
+    def _add(self, report):
+        self.context = self.context or report["context"]
+        for run in report["benchmarks"]:
             if run["run_type"] != "iteration":
                 continue
             if run.get("error_occurred"):
-                sys.exit(f"{run['name']}: {run['error_message']}")
-            parts = [part for part in run["name"].split("/")
-                     if part not in NAME_SUFFIXES
-                     and not part.startswith(("iterations:", "repeats:"))]
-            if len(parts) not in (2, 3):
+                self.errors.append(f"{run['name']}: {run['error_message']}")
                 continue
-            operation, competitor = parts[:2]
-            key = operation, int(parts[2]) if len(parts) == 3 else None
-            if "bytes_per_key" in run:
-                figure, units[key] = run["bytes_per_key"], "B"
-            else:
-                # A time taken by hand is the processor's already.
-                kind = "real" if "manual_time" in run["name"] else "cpu"
-                figure = run[kind + "_time"] * NANOSECONDS[run["time_unit"]]
-                units[key] = "ns"
-            figures[key][competitor].append(figure)
-    return figures, units
+            row, competitor = name_of(run)
+            # What disturbs a benchmark makes it slower and never faster.
+            self.best[row][competitor] = min(
+                figure_of(run), self.best[row].get(competitor, float("inf")))
+            self.units[row] = "B" if "bytes_per_key" in run else "ns"
+            self.repetitions = max(self.repetitions, run["repetitions"])
 
 
-def compare(figures, units):
-    """The rows of the table."""
-    rows = []
-    for (operation, size), competitors in figures.items():
-        medians = {name: statistics.median(values)
-                   for name, values in competitors.items()}
-        if "ours" not in medians:
-            continue
-        ours = medians.pop("ours")
-        limit = medians.pop("limit", None)
-        best = min(medians, key=medians.get, default=None)
-        rows.append({
-            "operation": operation,
-            "size": size,
-            "unit": units[operation, size],
-            "ours": ours,
-            "peers": medians,
-            "best_peer": best,
-            "limit": limit,
-            "to_peer": ours / medians[best] if best else None,
-            "to_limit": ours / limit if limit else None,
-        })
-    return sorted(rows, key=lambda row: (row["operation"], row["size"] or 0))
+def check(row, best):
+    """What is wrong with the figures of a row."""
+    errors = []
+    if OURS not in best:
+        return [f"{row.name}: the library was not measured"]
+    for kind, description, known in (
+            (FLOOR, row.floor, listed.FLOORS),
+            (YARDSTICK, row.yardstick, listed.YARDSTICKS)):
+        if (kind in best) != (description is not None):
+            errors.append(f"{row.name}: {kind} measured: {kind in best}; "
+                          f"described: {description is not None}")
+        if description is not None and description not in known:
+            errors.append(f"{row.name}: no {kind} is called {description}")
+    errors += [f"{row.name}: no competitor is called {name}"
+               for name in best if name not in listed.COMPETITORS]
+    if FLOOR in best and best[OURS] < best[FLOOR] * (1 - NOISE):
+        errors.append(f"{row.name}: {best[OURS]:.3g} is less than the floor, "
+                      f"{best[FLOOR]:.3g}: that is no floor")
+    return errors
 
 
-def readable(figure, unit):
-    if figure is None:
-        return "-"
-    if unit == "ns":
-        for unit, nanoseconds in (("s", 1e9), ("ms", 1e6), ("us", 1e3)):
-            if figure >= nanoseconds:
-                figure /= nanoseconds
-                break
-        else:
-            unit = "ns"
-    return f"{figure:.3g} {unit}" if figure < 1000 else f"{figure:.0f} {unit}"
+def compare(figures, tables=listed.TABLES, is_whole=False):
+    """The tables with their figures, and what is wrong with them. Rows that
+    were not measured are left out, which is wrong in a whole run."""
+    errors = list(figures.errors)
+    unlisted = dict(figures.best)
+    compared = []
+    for table in tables:
+        sections = []
+        for section in table.sections:
+            rows = []
+            for row in section.rows:
+                best = unlisted.pop(row.name, None)
+                if best is None:
+                    if is_whole:
+                        errors.append(f"{row.name}: it was not measured")
+                    continue
+                errors += check(row, best)
+                if OURS not in best:
+                    continue
+                ours = best[OURS]
+                rows.append({
+                    "name": row.name,
+                    "title": row.title,
+                    "unit": figures.units[row.name],
+                    "line": row.line,
+                    "keys": row.keys,
+                    "keys_each": row.keys_each,
+                    "ours": ours,
+                    "others": {
+                        name: {"figure": figure, "to_ours": figure / ours}
+                        for name, figure in best.items() if name != OURS},
+                    "floor": row.floor,
+                    "yardstick": row.yardstick,
+                })
+            if rows:
+                sections.append({"title": section.title, "rows": rows})
+        if sections:
+            compared.append({"title": table.title, "sections": sections})
+    errors += [f"{name}: bench/rows.py does not list it" for name in unlisted]
+    return compared, errors
 
 
-def label(row):
-    return row["operation"] + (f" {row['size']}" if row["size"] else "")
+def rows_of(tables):
+    return [row for table in tables for section in table["sections"]
+            for row in section["rows"]]
 
 
-def print_table(rows):
-    lines = [("operation", "ours", "best peer", "limit", "ours to peer",
-              "ours to limit")]
-    for row in rows:
-        unit, best = row["unit"], row["best_peer"]
-        lines.append((
-            label(row),
-            readable(row["ours"], unit),
-            f"{readable(row['peers'][best], unit)} ({best})" if best else "-",
-            readable(row["limit"], unit),
-            f"{row['to_peer']:.2f}" if row["to_peer"] else "-",
-            f"{row['to_limit']:.2f}" if row["to_limit"] else "-"))
-    widths = [max(map(len, column)) for column in zip(*lines)]
-    for first, *others in lines:
-        print(first.ljust(widths[0]),
-              *(text.rjust(width) for text, width in zip(others, widths[1:])),
-              sep="  ")
+def section_cells(section):
+    """The texts of a section, line by line; the first is its heading."""
+    names = {name for row in section["rows"] for name in row["others"]}
+    columns = [name for name in listed.COMPETITORS if name in names]
+    lines = [[section["title"], "korvan", *columns]]
+    for row in section["rows"]:
+        line = [row["title"], readable(row["ours"], row["unit"])]
+        for name in columns:
+            other = row["others"].get(name)
+            line.append(
+                f"{readable(other['figure'], row['unit'])} "
+                f"{'(' + ratio(other['to_ours']) + ')':>7}" if other else "-")
+        lines.append(line)
+    return lines
 
 
-# Plots. Colours that people who do not see red from green can tell apart.
-COLOURS = {"ours": "#000000", "limit": "#999999"}
-PEER_COLOURS = ["#0072b2", "#e69f00", "#009e73", "#cc79a7", "#d55e00",
-                "#56b4e9", "#b2a000", "#7f3c8d"]
+def table_lines(table):
+    """The sections of a table, aligned. Titles and our own figures stand in the
+    same columns everywhere; the others differ from section to section."""
+    sections = [section_cells(section) for section in table["sections"]]
+    common = [max(len(line[column]) for section in sections for line in section)
+              for column in (0, 1)]
+    lines = []
+    for section in sections:
+        widths = [max(map(len, column)) for column in zip(*section)]
+        widths[:2] = common
+        if lines:
+            lines.append("")
+        lines += ["  ".join([first.ljust(widths[0]),
+                             *(text.rjust(width) for text, width
+                               in zip(others, widths[1:]))])
+                  for first, *others in section]
+    return lines
 
 
-class Svg:
-    def __init__(self, width, height):
-        self.elements = [
-            f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} '
-            f'{height}" width="{width}" height="{height}" '
-            'font-family="sans-serif" font-size="11">',
-            '<rect width="100%" height="100%" fill="#ffffff"/>']
-
-    def line(self, x1, y1, x2, y2, colour="#dddddd"):
-        self.elements.append(
-            f'<line x1="{x1:.1f}" y1="{y1:.1f}" x2="{x2:.1f}" y2="{y2:.1f}" '
-            f'stroke="{colour}"/>')
-
-    def text(self, x, y, text, anchor="start", colour="#333333"):
-        self.elements.append(f'<text x="{x:.1f}" y="{y:.1f}" '
-                             f'text-anchor="{anchor}" fill="{colour}">'
-                             f'{text}</text>')
-
-    def path(self, points, colour, width):
-        self.elements.append(
-            f'<polyline fill="none" stroke="{colour}" stroke-width="{width}" '
-            'points="' + " ".join(f"{x:.1f},{y:.1f}" for x, y in points)
-            + '"/>')
-
-    def bar(self, x, y, width, height, colour):
-        self.elements.append(f'<rect x="{x:.1f}" y="{y:.1f}" '
-                             f'width="{width:.1f}" height="{height:.1f}" '
-                             f'fill="{colour}"/>')
-
-    def circle(self, x, y, colour):
-        self.elements.append(
-            f'<circle cx="{x:.1f}" cy="{y:.1f}" r="3" fill="{colour}"/>')
-
-    def write(self, path):
-        path.write_text("\n".join(self.elements + ["</svg>"]) + "\n")
+def least(tables):
+    """(title, [(operation, what its floor or yardstick does)]), of those that
+    were measured."""
+    for kind, descriptions, title in (
+            (FLOOR, listed.FLOORS, "Floors: nothing can be faster"),
+            (YARDSTICK, listed.YARDSTICKS,
+             "Yardsticks: cleverer code can be faster")):
+        used = {row[kind] for row in rows_of(tables)}
+        lines = [both for key, both in descriptions.items() if key in used]
+        if lines:
+            yield title, lines
 
 
-def scale(low, high, start, end):
-    """From a logarithmic axis to places on paper."""
-    factor = (end - start) / (math.log(high) - math.log(low))
-    return lambda value: start + (math.log(value) - math.log(low)) * factor
+EXPLANATION = ("Time for one operation, and in brackets how many times "
+               "korvan's time that is:\nabove 1 is slower than korvan.")
 
 
-def plot_costs(rows, path):
-    """Cost per key against the number of keys, one panel an operation."""
-    panels = defaultdict(dict)
-    for row in rows:
-        if row["unit"] == "ns" and row["size"] in (10**3, 10**4, 10**5, 10**6):
-            panels[row["operation"]][row["size"]] = {
-                "ours": row["ours"], **row["peers"],
-                **({"limit": row["limit"]} if row["limit"] else {})}
-    panels = {operation: sizes for operation, sizes in panels.items()
-              if len(sizes) >= 3}
-    if not panels:
-        return
-    peers = sorted({name for sizes in panels.values()
-                    for figures in sizes.values() for name in figures}
-                   - set(COLOURS))
-    colours = {**COLOURS, **dict(zip(peers, PEER_COLOURS))}
-    width, height, columns = 360, 240, 2
-    svg = Svg(width * columns,
-              height * math.ceil(len(panels) / columns) + 30)
-    for place, name in enumerate(colours):
-        svg.text(20 + place * 85, 18, name, colour=colours[name])
-    for place, (operation, sizes) in enumerate(panels.items()):
-        left = place % columns * width + 50
-        top = place // columns * height + 50
-        costs = [figure / size for size, figures in sizes.items()
-                 for figure in figures.values()]
-        low = 10 ** math.floor(math.log10(min(costs)))
-        high = 10 ** math.ceil(math.log10(max(costs)))
-        x = scale(10**3, 10**6, left, left + width - 80)
-        y = scale(low, high, top + height - 70, top)
-        svg.text(left, top - 8, f"{operation}, ns a key")
-        for size in (10**3, 10**4, 10**5, 10**6):
-            svg.line(x(size), y(low), x(size), y(high))
-            svg.text(x(size), y(low) + 14, f"{size:,}".replace(",", " "),
-                     "middle")
-        tick = low
-        while tick <= high:
-            svg.line(x(10**3), y(tick), x(10**6), y(tick))
-            svg.text(left - 5, y(tick) + 4, f"{tick:g}", "end")
-            tick *= 10
-        for name, colour in colours.items():
-            points = [(x(size), y(figures[name] / size))
-                      for size, figures in sorted(sizes.items())
-                      if name in figures]
-            if points:
-                svg.path(points, colour, 2.5 if name == "ours" else 1.2)
-    svg.write(path)
+def print_tables(tables):
+    print(EXPLANATION)
+    for table in tables:
+        print(f"\n{table['title'].upper()}\n")
+        print(*table_lines(table), sep="\n")
+    for title, lines in least(tables):
+        print(f"\n{title.upper()}\n")
+        for operation, text in lines:
+            print(f"{operation}:\n    {text}")
 
 
-def plot_ratios(rows, path):
-    """Ours to the best peer, as bars, and to the limit, as dots."""
-    rows = [row for row in rows if row["to_peer"] or row["to_limit"]]
-    ratios = [row[kind] for row in rows for kind in ("to_peer", "to_limit")
-              if row[kind]]
-    if not ratios:
-        return
-    low = min(0.1, 10 ** math.floor(math.log10(min(ratios))))
-    high = max(10, 10 ** math.ceil(math.log10(max(ratios))))
-    left, right, step = 300, 700, 16
-    svg = Svg(720, len(rows) * step + 60)
-    x = scale(low, high, left, right)
-    bottom = 50 + len(rows) * step
-    svg.text(20, 18, "ours to the best peer (bars) and to the limit (dots); "
-                     "less is better")
-    tick = low
-    while tick <= high:
-        svg.line(x(tick), 40, x(tick), bottom,
-                 "#333333" if math.isclose(tick, 1) else "#dddddd")
-        svg.text(x(tick), 35, f"{tick:g}", "middle")
-        tick *= 10
-    for place, row in enumerate(rows):
-        y = 50 + place * step
-        svg.text(left - 8, y + 9, label(row), "end")
-        if row["to_peer"]:
-            ends = sorted((x(1), x(row["to_peer"])))
-            svg.bar(ends[0], y, max(ends[1] - ends[0], 1), step - 5,
-                    "#0072b2" if row["to_peer"] <= 1 else "#d55e00")
-        if row["to_limit"]:
-            svg.circle(x(row["to_limit"]), y + (step - 5) / 2, "#000000")
-    svg.write(path)
+def machine(figures, compiler, is_whole):
+    context = figures.context
+    try:
+        system = platform.freedesktop_os_release()["PRETTY_NAME"]
+    except OSError:
+        system = platform.system()
+    parts = [f"{context['num_cpus']} cores of {context['mhz_per_cpu']} MHz",
+             system, *([compiler] if compiler else [])]
+    return (f"{', '.join(parts)}; the best of {figures.repetitions} "
+            "repetitions. The load average was "
+            f"{context['load_avg'][0]:.1f} when the first program began."
+            + ("" if is_whole else " The largest documents were left out."))
+
+
+def page_figures(figures, tables, compiler, is_whole):
+    """The part of docs/performance.md that holds figures."""
+    lines = [machine(figures, compiler, is_whole), "",
+             EXPLANATION.replace("\n", " "), ""]
+    for table in tables:
+        lines += [f"### {table['title']}", "", "```", *table_lines(table),
+                  "```", ""]
+    for title, least_of in least(tables):
+        lines += [f"### {title}", "", "| Operation | What is timed |",
+                  "|---|---|"]
+        lines += [f"| {operation} | {text} |" for operation, text in least_of]
+        lines.append("")
+    return "\n".join(lines)
+
+
+def with_figures(page, text):
+    before, begin, rest = page.partition(BEGIN)
+    _, end, after = rest.partition(END)
+    if not begin or not end:
+        raise ValueError("the page does not mark where its figures stand")
+    return f"{before}{BEGIN}\n{text}\n{END}{after}"
 
 
 def main():
-    arguments = argparse.ArgumentParser(description=__doc__)
-    arguments.add_argument("--plots", type=pathlib.Path)
-    arguments.add_argument("output", type=pathlib.Path)
-    arguments.add_argument("inputs", nargs="+")
-    given = arguments.parse_args()
-    rows = compare(*read(given.inputs))
-    if not rows:
-        sys.exit("no benchmark is named operation/ours")
-    print_table(rows)
-    given.output.write_text(json.dumps(rows, indent=1) + "\n")
-    if given.plots:
-        plot_costs(rows, given.plots / "performance_cost.svg")
-        plot_ratios(rows, given.plots / "performance_ratios.svg")
+    parser = argparse.ArgumentParser(
+        description=__doc__,
+        formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--whole", action="store_true")
+    parser.add_argument("--docs", type=pathlib.Path)
+    parser.add_argument("--compiler")
+    parser.add_argument("output", type=pathlib.Path)
+    parser.add_argument("inputs", nargs="+")
+    given = parser.parse_args()
+    figures = Figures(given.inputs)
+    tables, errors = compare(figures, is_whole=given.whole)
+    print_tables(tables)
+    given.output.write_text(json.dumps(tables, indent=1) + "\n")
+    if given.docs:
+        page = given.docs / "performance.md"
+        page.write_text(with_figures(
+            page.read_text(),
+            page_figures(figures, tables, given.compiler, given.whole)))
+        plots.draw_ratios(tables[0], given.docs / "performance_ratios.svg")
+        plots.draw_costs(tables, given.docs / "performance_cost.svg")
+    for error in errors:
+        print(f"error: {error}", file=sys.stderr)
+    return 1 if errors else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())
