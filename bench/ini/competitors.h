@@ -22,9 +22,9 @@
 #include <string>
 #include <type_traits>
 
-#include "plain_maps.h"
-#include "source.h"
-#include "texts.h"
+#include "ini/plain_maps.h"
+#include "ini/source.h"
+#include "ini/texts.h"
 
 namespace competitors {
 

@@ -25,8 +25,8 @@
 #include <utility>
 #include <vector>
 
-#include "source.h"
-#include "texts.h"
+#include "ini/source.h"
+#include "ini/texts.h"
 
 // Opens a file, or ends the program.
 inline int Opened(const std::string& path, int flags) {

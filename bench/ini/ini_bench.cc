@@ -20,11 +20,11 @@
 #include <utility>
 #include <vector>
 
-#include "competitors.h"
-#include "floor.h"
-#include "plain_maps.h"
-#include "source.h"
-#include "texts.h"
+#include "ini/competitors.h"
+#include "ini/floor.h"
+#include "ini/plain_maps.h"
+#include "ini/source.h"
+#include "ini/texts.h"
 
 namespace {
 

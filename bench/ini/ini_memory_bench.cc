@@ -11,10 +11,10 @@
 #include <new>
 #include <string>
 
-#include "floor.h"
-#include "plain_maps.h"
-#include "source.h"
-#include "texts.h"
+#include "ini/floor.h"
+#include "ini/plain_maps.h"
+#include "ini/source.h"
+#include "ini/texts.h"
 
 namespace {
 

@@ -19,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-#include "texts.h"
+#include "ini/texts.h"
 
 // A file that exists as long as the object, in the folder for temporary files.
 class TemporaryFile {

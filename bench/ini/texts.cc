@@ -1,6 +1,6 @@
 // Names and values are made of numbers, padded to one width.
 
-#include "texts.h"
+#include "ini/texts.h"
 
 #include <algorithm>
 #include <cstdlib>

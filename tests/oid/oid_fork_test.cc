@@ -65,10 +65,11 @@ int ForkWhileLoading(const char* locale, int delay) {
     threads.emplace_back([&, i] {
       const auto rows = RegistryRows();
       meet();
-      for (std::size_t row = static_cast<std::size_t>(i); row < rows.size();
-           row += kLoadingThreads) {
+      auto row = static_cast<std::size_t>(i);
+      while (row < rows.size()) {
         std::string oid = rows[row]->pszOID;
         FindOIDInfo(CRYPT_OID_INFO_OID_KEY, oid.data(), rows[row]->dwGroupId);
+        row += kLoadingThreads;
       }
     });
   }
