@@ -1,3 +1,4 @@
+// LoadString_korvan: a text of the string table, copied for the caller.
 #include <korvan/cryptoapi.h>
 #include <korvan/platform/last_error.h>
 #include <korvan/string_resources.h>
@@ -10,23 +11,7 @@
 
 namespace {
 
-// Copies `length` bytes, twice `kBlock` at most and `kBlock` at least.
-template <std::size_t kBlock>
-void CopyBothEnds(char* to, const char* from, std::size_t length) {
-  std::memcpy(to, from, kBlock);
-  std::memcpy(to + length - kBlock, from + length - kBlock, kBlock);
-}
-
-// Copies `length` bytes, 64 at most. For so few, knowing how few, GCC puts a
-// string instruction in memcpy's place that takes three times as long.
-void CopyShort(char* to, const char* from, std::size_t length) {
-  static_assert(sizeof(korvan::resources::Text::characters) <= 64);
-  if (length >= 32) return CopyBothEnds<32>(to, from, length);
-  if (length >= 16) return CopyBothEnds<16>(to, from, length);
-  if (length >= 8) return CopyBothEnds<8>(to, from, length);
-  if (length >= 4) return CopyBothEnds<4>(to, from, length);
-  for (std::size_t i = 0; i < length; ++i) to[i] = from[i];
-}
+void CopyShort(char* to, const char* from, std::size_t length);
 
 }  // namespace
 
@@ -36,15 +21,45 @@ int LoadString_korvan(void* /*hModule*/, unsigned int uID, char* lpBuffer,
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  const korvan::resources::Text* const found = korvan::resources::FindText(uID);
+  const korvan::resources::TextRow* const found =
+      korvan::resources::FindTextRow(uID);
   if (found == nullptr) {
     SetLastError(ERROR_INVALID_PARAMETER);
     lpBuffer[0] = '\0';
     return 0;
   }
-  // A negative size becomes the largest there is, and cuts nothing.
+  // A negative size becomes a huge one and cuts nothing.
   const std::size_t length = std::min<std::size_t>(
       found->length, static_cast<std::size_t>(cchBufferMax));
   CopyShort(lpBuffer, found->characters, length);
   return static_cast<int>(length);
 }
+
+namespace {
+
+// Copies `length` bytes, kBlock at least and twice kBlock at most, as two
+// blocks that overlap where there are fewer than two.
+template <std::size_t kBlock>
+void CopyBothEnds(char* to, const char* from, std::size_t length) {
+  std::memcpy(to, from, kBlock);
+  std::memcpy(to + length - kBlock, from + length - kBlock, kBlock);
+}
+
+// Copies at most 64 bytes. Where GCC knows that a memcpy copies so few, it
+// writes a string instruction, which takes three times as long.
+void CopyShort(char* to, const char* from, std::size_t length) {
+  static_assert(sizeof(korvan::resources::TextRow::characters) <= 64);
+  if (length >= 32) {
+    CopyBothEnds<32>(to, from, length);
+  } else if (length >= 16) {
+    CopyBothEnds<16>(to, from, length);
+  } else if (length >= 8) {
+    CopyBothEnds<8>(to, from, length);
+  } else if (length >= 4) {
+    CopyBothEnds<4>(to, from, length);
+  } else {
+    std::copy_n(from, length, to);
+  }
+}
+
+}  // namespace

@@ -1,3 +1,6 @@
+// The string table: 169 texts, each known by a number, and the search for one.
+// LoadString_korvan copies texts for callers; the OID registry names many of
+// its records by the numbers of texts.
 #ifndef KORVAN_RESOURCES_TEXTS_H_
 #define KORVAN_RESOURCES_TEXTS_H_
 
@@ -13,16 +16,16 @@ namespace korvan::resources {
 
 // The characters stand in the row itself: a pointer to them would be one more
 // relocation at every load of the library.
-struct Text {
+struct TextRow {
   template <std::size_t kSize>
-  consteval Text(std::uint16_t number, const char (&literal)[kSize])
-      : id(number), length(kSize - 1) {
+  consteval TextRow(std::uint16_t text_number, const char (&literal)[kSize])
+      : number(text_number), length(kSize - 1) {
     std::copy_n(literal, kSize - 1, characters);
   }
 
-  constexpr std::string_view view() const { return {characters, length}; }
+  constexpr std::string_view Text() const { return {characters, length}; }
 
-  std::uint16_t id;
+  std::uint16_t number;
   std::uint8_t length;
   char characters[46] = {};
 };
@@ -31,7 +34,7 @@ struct Text {
 // texts are known. So are the twins 8091 and 8532, 8092 and 8531. They stay.
 // "%1!s!" and its like are inserts for the message formatter of the caller.
 // clang-format off
-inline constexpr Text kTexts[] = {
+inline constexpr TextRow kTextRows[] = {
 //   number, text
     {   1, "Quorin CSP"},
     {   2, "%1!s!\n\n%2!u!: %3!s!"},
@@ -205,45 +208,57 @@ inline constexpr Text kTexts[] = {
 };
 // clang-format on
 
-// The numbers stand in two dense ranges, so a row is found by subtraction.
-inline constexpr std::uint16_t kLowIds = 103;
-inline constexpr std::uint16_t kFirstHighId = 8000;
-inline constexpr std::uint16_t kHighIds = 601;
-inline constexpr std::uint8_t kNoRow = 0xFF;
+// All numbers lie in two dense ranges, so a row is found by one subtraction in
+// 704 bytes.
+inline constexpr std::uint16_t kLowNumbers = 103;
+inline constexpr std::uint16_t kFirstHighNumber = 8000;
+inline constexpr std::uint16_t kHighNumbers = 601;
 
-consteval std::array<std::uint8_t, kLowIds + kHighIds> RowsById() {
-  std::array<std::uint8_t, kLowIds + kHighIds> rows{};
-  rows.fill(kNoRow);
-  for (std::size_t row = 0; row < std::size(kTexts); ++row) {
-    const std::size_t id = kTexts[row].id;
-    rows[id < kLowIds ? id : id - kFirstHighId + kLowIds] =
-        static_cast<std::uint8_t>(row);
+// Where a number stands if both ranges are put together. A number outside them
+// stands where 0 does, which has no text.
+constexpr unsigned int PlaceOf(unsigned int number) {
+  unsigned int place = 0;
+  if (number < kLowNumbers) {
+    place = number;
+  }
+  if (number - kFirstHighNumber < kHighNumbers) {
+    place = number - kFirstHighNumber + kLowNumbers;
+  }
+  return place;
+}
+
+inline constexpr std::uint8_t kNoTextRow = 0xFF;
+
+consteval std::array<std::uint8_t, kLowNumbers + kHighNumbers>
+TextRowsByPlace() {
+  std::array<std::uint8_t, kLowNumbers + kHighNumbers> rows{};
+  rows.fill(kNoTextRow);
+  for (std::size_t row = 0; row < std::size(kTextRows); ++row) {
+    rows[PlaceOf(kTextRows[row].number)] = static_cast<std::uint8_t>(row);
   }
   return rows;
 }
-inline constexpr auto kRowsById = RowsById();
+inline constexpr auto kTextRowsByPlace = TextRowsByPlace();
 
-constexpr const Text* FindText(unsigned int id) {
-  // Number 0 has no text: it is where all numbers outside the ranges look.
-  unsigned int place = 0;
-  if (id < kLowIds) place = id;
-  if (id - kFirstHighId < kHighIds) place = id - kFirstHighId + kLowIds;
-  const std::uint8_t row = kRowsById[place];
-  return row == kNoRow ? nullptr : &kTexts[row];
+// The row with that number, or null.
+constexpr const TextRow* FindTextRow(unsigned int number) {
+  const std::uint8_t row = kTextRowsByPlace[PlaceOf(number)];
+  return row == kNoTextRow ? nullptr : &kTextRows[row];
 }
 
-static_assert(std::size(kTexts) == 169 && std::size(kTexts) < kNoRow);
-static_assert(std::ranges::adjacent_find(kTexts, std::greater_equal{},
-                                         &Text::id) == std::end(kTexts),
+static_assert(std::size(kTextRows) == 169 && std::size(kTextRows) < kNoTextRow);
+static_assert(std::ranges::adjacent_find(kTextRows, std::greater_equal{},
+                                         &TextRow::number) ==
+                  std::end(kTextRows),
               "numbers ascend, each stands once");
-static_assert(std::ranges::all_of(kTexts, [](const Text& text) {
-  return FindText(text.id) == &text;
+static_assert(std::ranges::all_of(kTextRows, [](const TextRow& row) {
+  return FindTextRow(row.number) == &row;
 }));
-static_assert(FindText(0) == nullptr && FindText(4) == nullptr &&
-              FindText(103) == nullptr && FindText(8031) == nullptr &&
-              FindText(7999) == nullptr && FindText(8601) == nullptr &&
-              FindText(0xFFFFFFFF) == nullptr);
-static_assert(FindText(8048)->view() == "Common Name");
+static_assert(FindTextRow(0) == nullptr && FindTextRow(4) == nullptr &&
+              FindTextRow(103) == nullptr && FindTextRow(8031) == nullptr &&
+              FindTextRow(7999) == nullptr && FindTextRow(8601) == nullptr &&
+              FindTextRow(0xFFFFFFFF) == nullptr);
+static_assert(FindTextRow(8048)->Text() == "Common Name");
 
 }  // namespace korvan::resources
 
