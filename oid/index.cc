@@ -47,8 +47,9 @@ consteval bool LeadsToEveryRow(const AnyIndex& index, const RowKeys& keys,
 
 }  // namespace
 
-constexpr RowKeys kNameKeys = OfEachRow<std::uint64_t>(
-    [](const Row& row) { return NameKey(row.name, row.name.size()).value(); });
+constexpr RowKeys kNameKeys = OfEachRow<std::uint64_t>([](const Row& row) {
+  return NameKey(row.name.text, row.name.text.size()).value();
+});
 constexpr Index<64, 512> kByOid(kOidKeys, Repeats::kOncePerGroup);
 static_assert(LeadsToEveryRow(kByOid, kOidKeys, Repeats::kOncePerGroup));
 
@@ -65,7 +66,7 @@ static_assert(LeadsToEveryRow(kByPair, kPairKeys, Repeats::kOncePerGroup));
 
 constexpr RowLengths kOidLengths =
     OfEachRow<std::uint8_t>([](const Row& row) { return row.oid.size(); });
-constexpr RowLengths kNameLengths =
-    OfEachRow<std::uint8_t>([](const Row& row) { return row.name.size(); });
+constexpr RowLengths kNameLengths = OfEachRow<std::uint8_t>(
+    [](const Row& row) { return row.name.text.size(); });
 
 }  // namespace korvan::oid

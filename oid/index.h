@@ -45,7 +45,7 @@ class Index {
             kRows[before].group == kRows[row].group) {
           continue;
         }
-        next_[before] = row;
+        next_[before] = static_cast<std::uint16_t>(row);
       }
       entered[row] = true;
     }
@@ -71,7 +71,7 @@ class Index {
   }
 
   // The row after `row` with the same key, or kNoRow.
-  constexpr RowNumber Next(std::uint32_t row) const { return next_[row]; }
+  constexpr RowNumber Next(RowNumber row) const { return next_[row]; }
 
  private:
   static constexpr std::size_t TopBits(std::uint64_t bits, std::size_t count) {
@@ -92,19 +92,19 @@ class Index {
                        const std::array<RowNumber, kRowCount>& rows,
                        std::size_t count, std::uint64_t multiplier) {
     for (std::size_t i = 0; i < count; ++i) {
-      RowNumber& slot = slots_[Slot(members[i], multiplier)];
+      std::uint16_t& slot = slots_[Slot(members[i], multiplier)];
       if (slot != kNoRow) {
         while (i-- > 0) slots_[Slot(members[i], multiplier)] = kNoRow;
         return false;
       }
-      slot = rows[i];
+      slot = static_cast<std::uint16_t>(rows[i]);
     }
     return true;
   }
 
   std::array<std::uint64_t, kBuckets> multipliers_{};
-  std::array<RowNumber, kSlots> slots_{};
-  std::array<RowNumber, kRowCount> next_{};
+  std::array<std::uint16_t, kSlots> slots_{};
+  std::array<std::uint16_t, kRowCount> next_{};
 };
 
 // Computed and proved in index.cc.

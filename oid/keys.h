@@ -78,8 +78,8 @@ constexpr std::uint64_t OidKey(const OidWords& words, std::size_t length) {
 
 inline constexpr std::size_t kLongestName =
     std::ranges::max_element(kRows, {}, [](const Row& row) {
-      return row.name.size();
-    })->name.size();
+      return row.name.text.size();
+    })->name.text.size();
 
 // The key of a name of `length` characters, the same for names that differ in
 // the case of ASCII letters only: bit 0x20 counts as set in every character.

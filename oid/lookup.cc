@@ -19,12 +19,12 @@ namespace korvan {
 namespace oid {
 namespace {
 
-constexpr DWORD kHighestGroupId = kGroups[kGroupCount - 1].id;
+constexpr DWORD kHighestGroupId = kGroups.back().id;
 
 // The rows of each group by its id; those of group 0 are all. The ids between
 // the last two groups have none.
-consteval std::array<Range, kHighestGroupId + 1> RowsByGroupId() {
-  std::array<Range, kHighestGroupId + 1> rows{};
+consteval std::array<RowRange, kHighestGroupId + 1> RowsByGroupId() {
+  std::array<RowRange, kHighestGroupId + 1> rows{};
   rows[0] = kWholeRegistry;
   for (const Group& group : kGroups) rows[group.id] = group.rows;
   return rows;
@@ -86,9 +86,9 @@ COidData* Walk(COidData* records, int count, unsigned int key_type, void* key) {
 // The first of `rows` that the index gives for `key` and that is wanted, or
 // null.
 template <class AnyIndex, class IsWanted>
-COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, Range rows,
+COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, RowRange rows,
                       IsWanted is_wanted) {
-  for (std::uint32_t row = index.First(key); row < rows.end;
+  for (RowNumber row = index.First(key); row < rows.end;
        row = index.Next(row)) {
     if (row >= rows.begin && is_wanted(row)) return &Resolved(records[row]);
   }
@@ -97,25 +97,24 @@ COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, Range rows,
 
 // The searches by the four kinds of key are kept apart: put into one function,
 // the shortest would set up the stack of the longest.
-[[gnu::noinline]] COidData* FindByOid(Range rows, const char* oid) {
+[[gnu::noinline]] COidData* FindByOid(RowRange rows, const char* oid) {
   const std::size_t length = ::strnlen(oid, kLongestOid + 1);
   if (length < kShortestOid) return nullptr;
   const OidWords words = WordsOf(oid, length);
-  return FindIndexed(kByOid, OidKey(words, length), rows,
-                     [&](std::uint32_t row) {
-                       return kOidLengths[row] == length &&
-                              WordsOf(records[row].pszOID, length) == words;
-                     });
+  return FindIndexed(kByOid, OidKey(words, length), rows, [&](RowNumber row) {
+    return kOidLengths[row] == length &&
+           WordsOf(records[row].pszOID, length) == words;
+  });
 }
 
 // The index knows the names that the rows state. Where a walk would pass a row
 // whose name is not settled, it has no answer.
-std::optional<COidData*> FindBySettledName(Range rows, const wchar_t* name) {
+std::optional<COidData*> FindBySettledName(RowRange rows, const wchar_t* name) {
   const std::size_t length = ::wcsnlen(name, kLongestName + 1);
   if (length <= kLongestName) {
     const std::optional<std::uint64_t> key = NameKey(name, length);
     if (!key) return std::nullopt;
-    for (std::uint32_t row = kByName.First(*key); row < rows.end;
+    for (RowNumber row = kByName.First(*key); row < rows.end;
          row = kByName.Next(row)) {
       if (row < rows.begin) continue;
       if (!AreNamesSettled({rows.begin, row + 1})) {
@@ -133,26 +132,26 @@ std::optional<COidData*> FindBySettledName(Range rows, const wchar_t* name) {
   return nullptr;
 }
 
-[[gnu::noinline]] COidData* FindByName(Range rows, wchar_t* name) {
+[[gnu::noinline]] COidData* FindByName(RowRange rows, wchar_t* name) {
   const std::optional<COidData*> found = FindBySettledName(rows, name);
   return found ? *found
                : Walk(records + rows.begin, rows.size(),
                       CRYPT_OID_INFO_NAME_KEY, name);
 }
 
-[[gnu::noinline]] COidData* FindByAlgid(Range rows, ALG_ID algid) {
-  return FindIndexed(kByAlgid, AlgidKey(algid), rows, [=](std::uint32_t row) {
+[[gnu::noinline]] COidData* FindByAlgid(RowRange rows, ALG_ID algid) {
+  return FindIndexed(kByAlgid, AlgidKey(algid), rows, [=](RowNumber row) {
     return records[row].Algid == algid;
   });
 }
 
-[[gnu::noinline]] COidData* FindByPair(Range rows, AlgidPair pair) {
+[[gnu::noinline]] COidData* FindByPair(RowRange rows, AlgidPair pair) {
   return FindIndexed(
       kByPair, PairKey(pair.first, pair.second), rows,
-      [=](std::uint32_t row) { return HasPair(records[row], pair); });
+      [=](RowNumber row) { return HasPair(records[row], pair); });
 }
 
-COidData* FindInRegistry(Range rows, unsigned int key_type, void* key) {
+COidData* FindInRegistry(RowRange rows, unsigned int key_type, void* key) {
   switch (key_type) {
     case CRYPT_OID_INFO_OID_KEY:
       return FindByOid(rows, static_cast<const char*>(key));

@@ -30,7 +30,7 @@ constexpr RowNumber kBits = 64;
 constexpr std::uint64_t UnloadedNames(RowNumber word) {
   std::uint64_t bits = 0;
   for (RowNumber row = kRowCount; row-- > 0;) {
-    if (row / kBits == word && kRows[row].name.id != 0) {
+    if (row / kBits == word && kRows[row].name.number != 0) {
       bits |= std::uint64_t{1} << row % kBits;
     }
   }
@@ -128,6 +128,7 @@ void LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
   // LoadString_korvan writes no terminator; the zeros are it, and the last one
   // stays whatever is written.
   constexpr int kMostBytes = 256;
+  static_assert(kLongestName <= kMostBytes);
   char text[kMostBytes + 1] = {};
   if (LoadString_korvan(nullptr, number, text, kMostBytes) == 0) return;
   std::mbstate_t state{};
@@ -152,7 +153,7 @@ COidData& Loaded(COidData& record, LPCWSTR number) {
   return record;
 }
 
-bool AreNamesSettled(Range rows) {
+bool AreNamesSettled(RowRange rows) {
   constexpr std::uint64_t kAll = ~std::uint64_t{0};
   std::uint64_t asked = kAll << rows.begin % kBits;
   for (std::uint32_t word = rows.begin / kBits; word * kBits < rows.end;

@@ -36,7 +36,7 @@ inline COidData& Resolved(COidData& record) {
 // Whether the name of each row in `rows` is settled: it is the one that the
 // row states, or null, and stays so. While it is not, only the record itself
 // can tell.
-bool AreNamesSettled(Range rows);
+bool AreNamesSettled(RowRange rows);
 
 }  // namespace korvan::oid
 

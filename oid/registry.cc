@@ -1,11 +1,18 @@
+// The records that callers get, laid down statically, and oid_registry over
+// them. Loading the library registers the cleanup and runs nothing else here.
 #include "oid/registry.h"
 
 #include <korvan/oid_info.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <type_traits>
+
+#include "oid/rows.h"
+#include "resources/texts.h"
 
 namespace korvan {
 
@@ -51,6 +58,7 @@ static_assert(std::endian::native == std::endian::little,
 // A cast from a number to a pointer is no constant expression, so `constinit`
 // can't stand here; in plain rows both compilers lay it down statically.
 COidData records[kRowCount] = {
+#define NAME(text) L"" text
 #define RES(number, text) reinterpret_cast<LPCWSTR>(std::uintptr_t{number})
 #define MISSING(number) reinterpret_cast<LPCWSTR>(std::uintptr_t{number})
 // clang-format off
@@ -60,7 +68,7 @@ COidData records[kRowCount] = {
    reinterpret_cast<BYTE*>(const_cast<DWORD*>(Extra<__VA_ARGS__>::kFirst))}
 #define RECORD(group, oid, name, algid, extra, cng, cng_extra, mark) \
   {sizeof(CRYPT_OID_INFO), oid, name, group, {algid}, BLOB extra,    \
-   cng, cng_extra, mark},
+   L"" cng, L"" cng_extra, mark},
 // clang-format on
 #include "oid/tables/registry.inc"
 #undef RECORD
@@ -68,9 +76,21 @@ COidData records[kRowCount] = {
 #undef EXTRA
 #undef MISSING
 #undef RES
+#undef NAME
 };
 
 namespace {
+
+// A search by name goes by the names that the rows state, so a row states the
+// text that the string table has for its number, and none where it has none.
+constexpr bool IsTextOfItsNumber(const RowName& name) {
+  if (name.number == 0) {
+    return true;
+  }
+  const resources::TextRow* const found = resources::FindTextRow(name.number);
+  return name.text == (found == nullptr ? std::string_view() : found->Text());
+}
+static_assert(std::ranges::all_of(kRows, IsTextOfItsNumber, &Row::name));
 
 constexpr OID_TABLE_INFO TableOf(const Group& group) {
   return {group.id, group.rows.size(), records + group.rows.begin};

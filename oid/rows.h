@@ -1,3 +1,6 @@
+// The registry's rows as plain constants, for the compiler to check and to
+// compute the index from. registry.cc lays down the records that callers get,
+// from the same pages.
 #ifndef KORVAN_OID_ROWS_H_
 #define KORVAN_OID_ROWS_H_
 
@@ -5,29 +8,17 @@
 #include <korvan/oid_info.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <string_view>
 
-// The registry's rows as plain constants, for the compiler to check and to
-// compute indexes from. The records that callers get are laid down from the
-// same pages in registry.cc.
-
 namespace korvan::oid {
 
-// A name as its row states it: a literal, or a number of the string table with
-// the text that it yields.
 struct RowName {
-  std::uint16_t id = 0;
-  bool missing = false;
-  std::string_view text = {};
-  std::wstring_view literal = {};
-
-  constexpr std::size_t size() const { return text.size() + literal.size(); }
-  constexpr wchar_t operator[](std::size_t i) const {
-    return literal.empty() ? static_cast<unsigned char>(text[i]) : literal[i];
-  }
+  std::uint16_t number;   // in the string table; 0: the row has the name itself
+  std::string_view text;  // empty, too, where the number has no text
 };
 
 struct Row {
@@ -38,81 +29,31 @@ struct Row {
   ALG_ID second_algid;  // first word of the extra information, or 0
 };
 
-constexpr RowName Text(std::uint16_t id, std::string_view text) {
-  return {.id = id, .text = text};
-}
-constexpr RowName MissingText(std::uint16_t id) {
-  return {.id = id, .missing = true};
-}
-constexpr RowName Named(RowName name) { return name; }
-constexpr RowName Named(std::wstring_view literal) {
-  return {.literal = literal};
-}
-
 constexpr DWORD FirstWord(DWORD first = 0, DWORD = 0, DWORD = 0) {
   return first;
 }
 
 inline constexpr Row kRows[] = {
-#define RES(number, text) Text(number, text)
-#define MISSING(number) MissingText(number)
+#define NAME(text) (RowName{0, text})
+#define RES(number, text) (RowName{number, text})
+#define MISSING(number) (RowName{number, {}})
 #define EXTRA(...) FirstWord(__VA_ARGS__)
 #define RECORD(group, oid, name, algid, extra, cng, cng_extra, mark) \
-  {group, oid, Named(name), algid, extra},
+  {group, oid, name, algid, extra},
 #include "oid/tables/registry.inc"
 #undef RECORD
 #undef EXTRA
 #undef MISSING
 #undef RES
+#undef NAME
 };
 
-using RowNumber = std::uint16_t;
-inline constexpr RowNumber kRowCount = 259;
+// 32 bits to compute with; where row numbers are stored, 16 are enough, also
+// for kNoRow.
+using RowNumber = std::uint32_t;
+inline constexpr RowNumber kRowCount = std::size(kRows);
 inline constexpr RowNumber kNoRow = 0xFFFF;
-static_assert(std::size(kRows) == kRowCount);
-
-// Rows `begin` up to but not including `end`.
-struct Range {
-  constexpr int size() const { return static_cast<int>(end - begin); }
-
-  std::uint32_t begin;
-  std::uint32_t end;
-};
-
-inline constexpr Range kWholeRegistry = {0, kRowCount};
-
-struct Group {
-  DWORD id;
-  Range rows;
-};
-
-// The groups in the order in which they are searched.
-inline constexpr Group kGroups[] = {
-    {CRYPT_HASH_ALG_OID_GROUP_ID, {0, 11}},
-    {CRYPT_ENCRYPT_ALG_OID_GROUP_ID, {11, 27}},
-    {CRYPT_PUBKEY_ALG_OID_GROUP_ID, {27, 45}},
-    {CRYPT_SIGN_ALG_OID_GROUP_ID, {45, 64}},
-    {CRYPT_RDN_ATTR_OID_GROUP_ID, {64, 99}},
-    {CRYPT_EXT_OR_ATTR_OID_GROUP_ID, {99, 213}},
-    {CRYPT_ENHKEY_USAGE_OID_GROUP_ID, {213, 247}},
-    {CRYPT_POLICY_OID_GROUP_ID, {247, 248}},
-    {PARAMSET_OID_GROUP_ID, {248, 259}},
-};
-inline constexpr std::size_t kGroupCount = std::size(kGroups);
-
-static_assert(std::ranges::all_of(kGroups, [](const Group& group) {
-  return std::count_if(kRows + group.rows.begin, kRows + group.rows.end,
-                       [&](const Row& row) { return row.group == group.id; }) ==
-         group.rows.size();
-}));
-static_assert(kGroups[0].rows.begin == 0 &&
-              std::ranges::adjacent_find(kGroups,
-                                         [](const Group& group,
-                                            const Group& next) {
-                                           return group.rows.end !=
-                                                  next.rows.begin;
-                                         }) == std::end(kGroups) &&
-              kGroups[kGroupCount - 1].rows.end == kRowCount);
+static_assert(kRowCount == 259);
 
 constexpr bool IsDottedOid(std::string_view oid) {
   return !oid.empty() && oid.front() != '.' && oid.back() != '.' &&
@@ -120,17 +61,47 @@ constexpr bool IsDottedOid(std::string_view oid) {
 }
 static_assert(std::ranges::all_of(kRows, IsDottedOid, &Row::oid));
 
-// The loader reads a text into 256 bytes and takes it for ASCII.
-constexpr bool IsShortAscii(const RowName& name) {
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    if (name[i] < 0x20 || name[i] > 0x7E) return false;
-  }
-  return name.size() <= 255;
+// Such names are the same in every locale.
+constexpr bool IsPrintableAscii(const RowName& name) {
+  return std::ranges::all_of(name.text,
+                             [](char c) { return c >= 0x20 && c <= 0x7E; });
 }
-static_assert(std::ranges::all_of(kRows, IsShortAscii, &Row::name));
-static_assert(std::ranges::all_of(kRows, [](const Row& row) {
-  return row.name.missing == (row.name.id != 0 && row.name.size() == 0);
-}));
+static_assert(std::ranges::all_of(kRows, IsPrintableAscii, &Row::name));
+
+// Rows `begin` up to but not including `end`.
+struct RowRange {
+  constexpr int size() const { return static_cast<int>(end - begin); }
+
+  RowNumber begin;
+  RowNumber end;
+};
+
+inline constexpr RowRange kWholeRegistry = {0, kRowCount};
+
+// A group's rows stand together.
+struct Group {
+  DWORD id;
+  RowRange rows;
+};
+
+inline constexpr std::size_t kGroupCount = std::size(oid_registry);
+
+// The groups in the order of their rows, which is the order of their ids.
+consteval std::array<Group, kGroupCount> GroupsOfRows() {
+  std::array<Group, kGroupCount> groups{};
+  std::size_t count = 0;
+  for (RowNumber row = 0; row < kRowCount;) {
+    Group& group = groups[count++];
+    group = {kRows[row].group, {row, row}};
+    while (row < kRowCount && kRows[row].group == group.id) {
+      group.rows.end = ++row;
+    }
+  }
+  return groups;
+}
+inline constexpr auto kGroups = GroupsOfRows();
+static_assert(std::ranges::is_sorted(kRows, {}, &Row::group));
+static_assert(kGroups.back().rows.end == kRowCount);
 
 }  // namespace korvan::oid
 
