@@ -1,9 +1,12 @@
+// The four indexes, computed by the compiler and proved against the rows.
 #include "oid/index.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
-#include "oid/keys.h"
+#include "oid/hash_codes.h"
+#include "oid/row_chains.h"
 #include "oid/rows.h"
 
 namespace korvan::oid {
@@ -19,54 +22,58 @@ consteval std::array<Value, kRowCount> OfEachRow(ValueOf value_of) {
   return values;
 }
 
-constexpr RowKeys kOidKeys = OfEachRow<std::uint64_t>([](const Row& row) {
-  return OidKey(WordsOf(row.oid.data(), row.oid.size()), row.oid.size());
+constexpr auto kOidHashCodes = OfEachRow<HashCode>([](const Row& row) {
+  return OidHashCode(WordsOf(row.oid.data(), row.oid.size()), row.oid.size());
 });
-constexpr RowKeys kAlgidKeys = OfEachRow<std::uint64_t>(
-    [](const Row& row) { return AlgidKey(row.algid); });
-constexpr RowKeys kPairKeys = OfEachRow<std::uint64_t>(
-    [](const Row& row) { return PairKey(row.algid, row.second_algid); });
+constexpr auto kAlgidHashCodes = OfEachRow<HashCode>(
+    [](const Row& row) { return AlgidHashCode(row.algid); });
+constexpr auto kPairHashCodes = OfEachRow<HashCode>(
+    [](const Row& row) { return PairHashCode(row.algid, row.second_algid); });
 
-// The index against the rows: from the first row of a key its rows follow in
-// the order of the table, and no row is left out but those a search can't
-// return.
+// Whether the index leads from the hash code of each row to that row, past
+// earlier rows alone: the rows of a hash code come in the order of the table.
+// Of the rows that a group repeats, it leads to the first.
 template <class AnyIndex>
-consteval bool LeadsToEveryRow(const AnyIndex& index, const RowKeys& keys,
+consteval bool LeadsToEveryRow(const AnyIndex& index, const HashCodes& codes,
                                Repeats repeats) {
   for (RowNumber row = 0; row < kRowCount; ++row) {
-    RowNumber met = index.First(keys[row]);
+    RowNumber met = index.First(codes[row]);
     while (met < row && (repeats == Repeats::kEveryRow ||
                          kRows[met].group != kRows[row].group)) {
       met = index.Next(met);
     }
-    if (met > row || keys[met] != keys[row]) return false;
-    if (index.Next(row) <= row) return false;
+    if (met > row || codes[met] != codes[row]) {
+      return false;
+    }
+    if (index.Next(row) <= row) {
+      return false;
+    }
   }
   return true;
 }
 
 }  // namespace
 
-constexpr RowKeys kNameKeys = OfEachRow<std::uint64_t>([](const Row& row) {
-  return NameKey(row.name.text, row.name.text.size()).value();
+constexpr HashCodes kNameHashCodes = OfEachRow<HashCode>([](const Row& row) {
+  return NameHashCode(row.name.text, row.name.text.size()).value();
 });
-constexpr Index<64, 512> kByOid(kOidKeys, Repeats::kOncePerGroup);
-static_assert(LeadsToEveryRow(kByOid, kOidKeys, Repeats::kOncePerGroup));
 
-// A name that failed to load, or that the locale folds otherwise, lets a later
-// row win, so every row of a name is kept.
-constexpr Index<64, 512> kByName(kNameKeys, Repeats::kEveryRow);
-static_assert(LeadsToEveryRow(kByName, kNameKeys, Repeats::kEveryRow));
+constexpr Index<64, 512> kByOid(kOidHashCodes, Repeats::kOncePerGroup);
+static_assert(LeadsToEveryRow(kByOid, kOidHashCodes, Repeats::kOncePerGroup));
 
-constexpr Index<1, 512> kByAlgid(kAlgidKeys, Repeats::kOncePerGroup);
-static_assert(LeadsToEveryRow(kByAlgid, kAlgidKeys, Repeats::kOncePerGroup));
+// A name that failed to load, or that the locale folds in another way, lets a
+// later row win, so every row of a name is kept.
+constexpr Index<64, 512> kByName(kNameHashCodes, Repeats::kEveryRow);
+static_assert(LeadsToEveryRow(kByName, kNameHashCodes, Repeats::kEveryRow));
 
-constexpr Index<1, 512> kByPair(kPairKeys, Repeats::kOncePerGroup);
-static_assert(LeadsToEveryRow(kByPair, kPairKeys, Repeats::kOncePerGroup));
+constexpr Index<1, 512> kByAlgid(kAlgidHashCodes, Repeats::kOncePerGroup);
+static_assert(LeadsToEveryRow(kByAlgid, kAlgidHashCodes,
+                              Repeats::kOncePerGroup));
 
-constexpr RowLengths kOidLengths =
-    OfEachRow<std::uint8_t>([](const Row& row) { return row.oid.size(); });
-constexpr RowLengths kNameLengths = OfEachRow<std::uint8_t>(
-    [](const Row& row) { return row.name.text.size(); });
+constexpr Index<1, 512> kByPair(kPairHashCodes, Repeats::kOncePerGroup);
+static_assert(LeadsToEveryRow(kByPair, kPairHashCodes, Repeats::kOncePerGroup));
+
+constexpr Lengths kOidLengths = OfEachRow<std::uint8_t>(OidLength);
+constexpr Lengths kNameLengths = OfEachRow<std::uint8_t>(NameLength);
 
 }  // namespace korvan::oid

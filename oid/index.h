@@ -1,124 +1,70 @@
+// The four indexes of the registry: from a hash code to the rows that may have
+// the key, computed and proved in index.cc. An index only says where to look;
+// the search compares.
 #ifndef KORVAN_OID_INDEX_H_
 #define KORVAN_OID_INDEX_H_
 
+#include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 
-#include "oid/keys.h"
+#include "oid/hash_codes.h"
+#include "oid/perfect_hash.h"
+#include "oid/row_chains.h"
 #include "oid/rows.h"
-
-// From a key to the rows that may hold it, computed at compile time. Whoever
-// asks compares the rows with the key: the index only says where to look.
 
 namespace korvan::oid {
 
-enum class Repeats {
-  kEveryRow,      // each row that shares a key leads to the next
-  kOncePerGroup,  // only the first of a group stands for the key
-};
+// One hash code for each row.
+using HashCodes = std::array<HashCode, kRowCount>;
 
-using RowKeys = std::array<std::uint64_t, kRowCount>;
-
-// The rows by key, the first row of each key in a slot of its own: every
-// bucket of keys has a multiplier, chosen so that no two keys meet in a slot.
+// A perfect hash leads to the first row with a hash code, a chain to the
+// others.
 template <std::size_t kBuckets, std::size_t kSlots>
 class Index {
  public:
-  consteval Index(const RowKeys& keys, Repeats repeats) {
-    multipliers_.fill(kMixer);
-    slots_.fill(kNoRow);
-    next_.fill(kNoRow);
-    std::array<bool, kRowCount> entered{};
-    std::array<bool, kRowCount> first{};
-    for (RowNumber row = 0; row < kRowCount; ++row) {
-      RowNumber before = row;
-      while (before > 0 &&
-             !(entered[before - 1u] && keys[before - 1u] == keys[row])) {
-        --before;
-      }
-      first[row] = before == 0;
-      if (!first[row]) {
-        --before;
-        if (repeats == Repeats::kOncePerGroup &&
-            kRows[before].group == kRows[row].group) {
-          continue;
-        }
-        next_[before] = static_cast<std::uint16_t>(row);
-      }
-      entered[row] = true;
-    }
-    for (std::size_t bucket = 0; bucket < kBuckets; ++bucket) {
-      RowKeys members{};
-      std::array<RowNumber, kRowCount> rows{};
-      std::size_t count = 0;
-      for (RowNumber row = 0; row < kRowCount; ++row) {
-        if (first[row] && Bucket(keys[row]) == bucket) {
-          members[count] = keys[row];
-          rows[count++] = row;
-        }
-      }
-      while (!Place(members, rows, count, multipliers_[bucket])) {
-        multipliers_[bucket] += 2 * kMixer;
-      }
-    }
-  }
+  consteval Index(const HashCodes& codes, Repeats repeats)
+      : Index(SortByCode(codes), repeats) {}
 
-  // The first row that may hold `key`, or kNoRow.
-  constexpr RowNumber First(std::uint64_t key) const {
-    return slots_[Slot(key, multipliers_[Bucket(key)])];
-  }
+  // The first row that may have a key with that hash code, or kNoRow.
+  constexpr RowNumber First(HashCode code) const { return hash_.Find(code); }
 
-  // The row after `row` with the same key, or kNoRow.
-  constexpr RowNumber Next(RowNumber row) const { return next_[row]; }
+  // The next row that may have the same key, or kNoRow.
+  constexpr RowNumber Next(RowNumber row) const { return chains_.Next(row); }
 
  private:
-  static constexpr std::size_t TopBits(std::uint64_t bits, std::size_t count) {
-    return count == 1 ? 0 : bits >> (64 - std::countr_zero(count));
-  }
+  using Entries = std::array<HashEntry, kRowCount>;
 
-  static constexpr std::size_t Bucket(std::uint64_t key) {
-    return TopBits(key, kBuckets);
-  }
-
-  static constexpr std::size_t Slot(std::uint64_t key,
-                                    std::uint64_t multiplier) {
-    return TopBits(key * multiplier, kSlots);
-  }
-
-  // Enters all members of a bucket, or none.
-  consteval bool Place(const RowKeys& members,
-                       const std::array<RowNumber, kRowCount>& rows,
-                       std::size_t count, std::uint64_t multiplier) {
-    for (std::size_t i = 0; i < count; ++i) {
-      std::uint16_t& slot = slots_[Slot(members[i], multiplier)];
-      if (slot != kNoRow) {
-        while (i-- > 0) slots_[Slot(members[i], multiplier)] = kNoRow;
-        return false;
-      }
-      slot = static_cast<std::uint16_t>(rows[i]);
+  static consteval Entries SortByCode(const HashCodes& codes) {
+    Entries entries{};
+    for (RowNumber row = 0; row < kRowCount; ++row) {
+      entries[row] = {codes[row], row};
     }
-    return true;
+    std::sort(entries.begin(), entries.end(),
+              [](const HashEntry& a, const HashEntry& b) {
+                return a.code != b.code ? a.code < b.code : a.row < b.row;
+              });
+    return entries;
   }
 
-  std::array<std::uint64_t, kBuckets> multipliers_{};
-  std::array<std::uint16_t, kSlots> slots_{};
-  std::array<std::uint16_t, kRowCount> next_{};
+  consteval Index(const Entries& entries, Repeats repeats)
+      : hash_(entries), chains_(entries, repeats) {}
+
+  PerfectHash<kBuckets, kSlots> hash_;
+  RowChains chains_;
 };
 
-// Computed and proved in index.cc.
 extern const Index<64, 512> kByOid;
 extern const Index<64, 512> kByName;
 extern const Index<1, 512> kByAlgid;
 extern const Index<1, 512> kByPair;
 
-extern const RowKeys kNameKeys;
-
-// A key and a row of one length are compared word by word.
-using RowLengths = std::array<std::uint8_t, kRowCount>;
-extern const RowLengths kOidLengths;
-extern const RowLengths kNameLengths;
+// What a comparison with a row needs.
+using Lengths = std::array<std::uint8_t, kRowCount>;
+extern const Lengths kOidLengths;
+extern const Lengths kNameLengths;
+extern const HashCodes kNameHashCodes;
 
 }  // namespace korvan::oid
 

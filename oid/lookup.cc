@@ -9,8 +9,8 @@
 #include <cwctype>
 #include <optional>
 
+#include "oid/hash_codes.h"
 #include "oid/index.h"
-#include "oid/keys.h"
 #include "oid/names.h"
 #include "oid/registry.h"
 #include "oid/rows.h"
@@ -101,10 +101,11 @@ COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, RowRange rows,
   const std::size_t length = ::strnlen(oid, kLongestOid + 1);
   if (length < kShortestOid) return nullptr;
   const OidWords words = WordsOf(oid, length);
-  return FindIndexed(kByOid, OidKey(words, length), rows, [&](RowNumber row) {
-    return kOidLengths[row] == length &&
-           WordsOf(records[row].pszOID, length) == words;
-  });
+  return FindIndexed(kByOid, OidHashCode(words, length), rows,
+                     [&](RowNumber row) {
+                       return kOidLengths[row] == length &&
+                              WordsOf(records[row].pszOID, length) == words;
+                     });
 }
 
 // The index knows the names that the rows state. Where a walk would pass a row
@@ -112,7 +113,7 @@ COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, RowRange rows,
 std::optional<COidData*> FindBySettledName(RowRange rows, const wchar_t* name) {
   const std::size_t length = ::wcsnlen(name, kLongestName + 1);
   if (length <= kLongestName) {
-    const std::optional<std::uint64_t> key = NameKey(name, length);
+    const std::optional<std::uint64_t> key = NameHashCode(name, length);
     if (!key) return std::nullopt;
     for (RowNumber row = kByName.First(*key); row < rows.end;
          row = kByName.Next(row)) {
@@ -140,14 +141,14 @@ std::optional<COidData*> FindBySettledName(RowRange rows, const wchar_t* name) {
 }
 
 [[gnu::noinline]] COidData* FindByAlgid(RowRange rows, ALG_ID algid) {
-  return FindIndexed(kByAlgid, AlgidKey(algid), rows, [=](RowNumber row) {
+  return FindIndexed(kByAlgid, AlgidHashCode(algid), rows, [=](RowNumber row) {
     return records[row].Algid == algid;
   });
 }
 
 [[gnu::noinline]] COidData* FindByPair(RowRange rows, AlgidPair pair) {
   return FindIndexed(
-      kByPair, PairKey(pair.first, pair.second), rows,
+      kByPair, PairHashCode(pair.first, pair.second), rows,
       [=](RowNumber row) { return HasPair(records[row], pair); });
 }
 

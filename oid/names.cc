@@ -13,8 +13,8 @@
 #include <mutex>
 #include <utility>
 
+#include "oid/hash_codes.h"
 #include "oid/index.h"
-#include "oid/keys.h"
 #include "oid/registry.h"
 #include "oid/rows.h"
 
@@ -46,7 +46,8 @@ static_assert(std::size(unsettled) == (kRowCount + kBits - 1) / kBits);
 // function another body, and a caller any record another text.
 bool IsIndexed(LPCWSTR name, RowNumber row) {
   const std::size_t length = std::wcslen(name);
-  return length == kNameLengths[row] && NameKey(name, length) == kNameKeys[row];
+  return length == kNameLengths[row] &&
+         NameHashCode(name, length) == kNameHashCodes[row];
 }
 
 // Notes what the record's new name means for the index, if the record is one

@@ -1,5 +1,8 @@
-#ifndef KORVAN_OID_KEYS_H_
-#define KORVAN_OID_KEYS_H_
+// Hash codes of the four kinds of keys that callers search by: 64 bits that are
+// equal for equal keys and almost always differ for others. They are computed
+// alike by the compiler, for the index, and by a search.
+#ifndef KORVAN_OID_HASH_CODES_H_
+#define KORVAN_OID_HASH_CODES_H_
 
 #include <korvan/cryptoapi.h>
 
@@ -13,13 +16,13 @@
 
 #include "oid/rows.h"
 
-// Search keys of every kind as 64 bits. Equal keys give equal bits; different
-// keys may do so too.
-
 namespace korvan::oid {
 
-inline constexpr std::uint64_t kMixer =
-    0x9E3779B97F4A7C15;  // 2^64 / golden ratio
+using HashCode = std::uint64_t;
+
+// 2^64 divided by the golden ratio: a product with it, or with an odd multiple
+// of it, spreads close numbers over all 64 bits.
+inline constexpr HashCode kMixer = 0x9E3779B97F4A7C15;
 
 // The characters from `text` on as one number, as they lie in memory.
 template <class Word>
@@ -36,17 +39,14 @@ constexpr std::uint64_t WordAt(const char* text) {
   return word;
 }
 
+constexpr std::size_t OidLength(const Row& row) { return row.oid.size(); }
 inline constexpr std::size_t kShortestOid =
-    std::ranges::min_element(kRows, {}, [](const Row& row) {
-      return row.oid.size();
-    })->oid.size();
+    OidLength(*std::ranges::min_element(kRows, {}, OidLength));
 inline constexpr std::size_t kLongestOid =
-    std::ranges::max_element(kRows, {}, [](const Row& row) {
-      return row.oid.size();
-    })->oid.size();
+    OidLength(*std::ranges::max_element(kRows, {}, OidLength));
 
-// An OID of `length` characters, kShortestOid or more, as four words that
-// overlap where it is shorter: no branch to guess wrong.
+// An OID as four words, which overlap where it is short. It is compared and
+// hashed without a loop, whose end the processor would have to guess.
 struct OidWords {
   std::uint64_t first, second, third, last;
 
@@ -56,6 +56,8 @@ struct OidWords {
   }
 };
 
+// `length` is kShortestOid or more. Nothing behind it is read; up to 32
+// characters, all are.
 constexpr OidWords WordsOf(const char* oid, std::size_t length) {
   constexpr std::size_t kWord = sizeof(std::uint64_t);
   constexpr std::size_t kHalf = sizeof(std::uint32_t);
@@ -71,48 +73,57 @@ constexpr OidWords WordsOf(const char* oid, std::size_t length) {
           WordAt<std::uint64_t>(oid + last)};
 }
 
-constexpr std::uint64_t OidKey(const OidWords& words, std::size_t length) {
+constexpr HashCode OidHashCode(const OidWords& words, std::size_t length) {
   return length + words.first * kMixer + words.second * (kMixer * 3) +
          words.third * (kMixer * 5) + words.last * (kMixer * 7);
 }
 
+constexpr std::size_t NameLength(const Row& row) {
+  return row.name.text.size();
+}
 inline constexpr std::size_t kLongestName =
-    std::ranges::max_element(kRows, {}, [](const Row& row) {
-      return row.name.text.size();
-    })->name.text.size();
+    NameLength(*std::ranges::max_element(kRows, {}, NameLength));
 
-// The key of a name of `length` characters, the same for names that differ in
-// the case of ASCII letters only: bit 0x20 counts as set in every character.
-// None for a name with other characters, whose case only the locale knows.
+// The hash code of a name of `length` characters, narrow or wide. Bit 0x20
+// counts as set in every character, so names that differ in the case of ASCII
+// letters have one code. A name with other than ASCII characters has none:
+// only the locale knows their case.
 template <class Name>
-constexpr std::optional<std::uint64_t> NameKey(const Name& name,
+constexpr std::optional<HashCode> NameHashCode(const Name& name,
                                                std::size_t length) {
+  // Two characters are taken at once, each in one half of 64 bits.
   constexpr std::uint64_t kCaseBits = 0x20'0000'0020;
   constexpr std::uint64_t kAsciiBits = 0x7F'0000'007F;
   const auto character = [&](std::size_t i) {
     return std::uint64_t{static_cast<std::uint32_t>(name[i])};
   };
-  std::uint64_t key = length;
-  std::uint64_t multiplier = kMixer;
+  HashCode code = length;
+  HashCode multiplier = kMixer;
   std::uint64_t bits = 0;
   const auto add = [&](std::uint64_t pair) {
     bits |= pair;
-    key += (pair | kCaseBits) * multiplier;
+    code += (pair | kCaseBits) * multiplier;
     multiplier += 2 * kMixer;
   };
   std::size_t i = 0;
-  for (; i + 1 < length; i += 2) add(character(i) | character(i + 1) << 32);
-  if (i < length) add(character(i));
-  if ((bits & ~kAsciiBits) != 0) return std::nullopt;
-  return key;
+  for (; i + 1 < length; i += 2) {
+    add(character(i) | character(i + 1) << 32);
+  }
+  if (i < length) {
+    add(character(i));
+  }
+  if ((bits & ~kAsciiBits) != 0) {
+    return std::nullopt;
+  }
+  return code;
 }
 
-constexpr std::uint64_t AlgidKey(ALG_ID algid) { return algid; }
+constexpr HashCode AlgidHashCode(ALG_ID algid) { return algid; }
 
-constexpr std::uint64_t PairKey(ALG_ID algid, ALG_ID second_algid) {
-  return std::uint64_t{algid} << 32 | second_algid;
+constexpr HashCode PairHashCode(ALG_ID algid, ALG_ID second_algid) {
+  return HashCode{algid} << 32 | second_algid;
 }
 
 }  // namespace korvan::oid
 
-#endif  // KORVAN_OID_KEYS_H_
+#endif  // KORVAN_OID_HASH_CODES_H_
