@@ -78,7 +78,7 @@ bool HasPair(const COidData& record, AlgidPair pair) {
 // is a name. Like every search it hands out a record with its name resolved.
 COidData* Walk(COidData* records, int count, unsigned int key_type, void* key) {
   for (COidData* record = records; count > 0; ++record, --count) {
-    if (MatchOidInfo(*record, key_type, key)) return &Resolved(*record);
+    if (MatchOidInfo(*record, key_type, key)) return &EnsureLoaded(*record);
   }
   return nullptr;
 }
@@ -90,7 +90,7 @@ COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, RowRange rows,
                       IsWanted is_wanted) {
   for (RowNumber row = index.First(key); row < rows.end;
        row = index.Next(row)) {
-    if (row >= rows.begin && is_wanted(row)) return &Resolved(records[row]);
+    if (row >= rows.begin && is_wanted(row)) return &EnsureLoaded(records[row]);
   }
   return nullptr;
 }
@@ -109,8 +109,8 @@ COidData* FindIndexed(const AnyIndex& index, std::uint64_t key, RowRange rows,
 }
 
 // The index knows the names that the rows state. Where a walk would pass a row
-// whose name is not settled, it has no answer.
-std::optional<COidData*> FindBySettledName(RowRange rows, const wchar_t* name) {
+// whose name is not indexed, it has no answer.
+std::optional<COidData*> FindByIndexedName(RowRange rows, const wchar_t* name) {
   const std::size_t length = ::wcsnlen(name, kLongestName + 1);
   if (length <= kLongestName) {
     const std::optional<std::uint64_t> key = NameHashCode(name, length);
@@ -118,7 +118,7 @@ std::optional<COidData*> FindBySettledName(RowRange rows, const wchar_t* name) {
     for (RowNumber row = kByName.First(*key); row < rows.end;
          row = kByName.Next(row)) {
       if (row < rows.begin) continue;
-      if (!AreNamesSettled({rows.begin, row + 1})) {
+      if (!AreIndexed({rows.begin, row + 1})) {
         return std::nullopt;
       }
       const LPCWSTR stated = NameOf(records[row]);
@@ -129,12 +129,12 @@ std::optional<COidData*> FindBySettledName(RowRange rows, const wchar_t* name) {
       }
     }
   }
-  if (!AreNamesSettled(rows)) return std::nullopt;
+  if (!AreIndexed(rows)) return std::nullopt;
   return nullptr;
 }
 
 [[gnu::noinline]] COidData* FindByName(RowRange rows, wchar_t* name) {
-  const std::optional<COidData*> found = FindBySettledName(rows, name);
+  const std::optional<COidData*> found = FindByIndexedName(rows, name);
   return found ? *found
                : Walk(records + rows.begin, rows.size(),
                       CRYPT_OID_INFO_NAME_KEY, name);
@@ -176,7 +176,7 @@ bool MatchOidInfo(COidData& record, unsigned int dwKeyType, void* pvKey) {
     case CRYPT_OID_INFO_OID_KEY:
       return oid::HasOid(record, static_cast<const char*>(pvKey));
     case CRYPT_OID_INFO_NAME_KEY:
-      return oid::IsNamed(oid::NameOf(oid::Resolved(record)),
+      return oid::IsNamed(oid::NameOf(oid::EnsureLoaded(record)),
                           static_cast<const wchar_t*>(pvKey));
     case CRYPT_OID_INFO_ALGID_KEY:
       return record.Algid == oid::Read<ALG_ID>(pvKey);

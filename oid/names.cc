@@ -1,9 +1,12 @@
+// How names get into records and out of them. The head of names.h says which
+// states a name has and how it is published.
 #include "oid/names.h"
 
 #include <korvan/oid_info.h>
 #include <korvan/string_resources.h>
 #include <pthread.h>
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +14,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <utility>
 
 #include "oid/hash_codes.h"
 #include "oid/index.h"
@@ -24,144 +26,40 @@ namespace {
 
 constexpr DWORD kNameIsOwned = 0x2;
 
-// One bit a row, set while its name is not settled.
+// One bit for each row.
 constexpr RowNumber kBits = 64;
+using RowBits = std::array<std::uint64_t, (kRowCount + kBits - 1) / kBits>;
 
-constexpr std::uint64_t UnloadedNames(RowNumber word) {
-  std::uint64_t bits = 0;
-  for (RowNumber row = kRowCount; row-- > 0;) {
-    if (row / kBits == word && kRows[row].name.number != 0) {
-      bits |= std::uint64_t{1} << row % kBits;
+constexpr std::uint64_t BitOf(RowNumber row) {
+  return std::uint64_t{1} << row % kBits;
+}
+
+consteval RowBits RowsNamedByNumber() {
+  RowBits bits{};
+  for (RowNumber row = 0; row < kRowCount; ++row) {
+    if (kRows[row].name.number != 0) {
+      bits[row / kBits] |= BitOf(row);
     }
   }
   return bits;
 }
 
-constinit std::atomic<std::uint64_t> unsettled[] = {
-    UnloadedNames(0), UnloadedNames(1), UnloadedNames(2), UnloadedNames(3),
-    UnloadedNames(4)};
-static_assert(std::size(unsettled) == (kRowCount + kBits - 1) / kBits);
-
-// Whether the index would look for a name at `row`. A host may give the string
-// function another body, and a caller any record another text.
-bool IsIndexed(LPCWSTR name, RowNumber row) {
-  const std::size_t length = std::wcslen(name);
-  return length == kNameLengths[row] &&
-         NameHashCode(name, length) == kNameHashCodes[row];
-}
-
-// Notes what the record's new name means for the index, if the record is one
-// of the registry's.
-void Settle(const COidData& record, LPCWSTR name) {
-  if (std::less<>{}(&record, records) ||
-      !std::less<>{}(&record, records + kRowCount)) {
-    return;
-  }
-  const auto row = static_cast<RowNumber>(&record - records);
-  const std::uint64_t bit = std::uint64_t{1} << row % kBits;
-  if (name == nullptr || IsIndexed(name, row)) {
-    unsettled[row / kBits].fetch_and(~bit, std::memory_order_release);
-  } else {
-    unsettled[row / kBits].fetch_or(bit, std::memory_order_release);
-  }
-}
-
-// Held while a name is put in place, and for nothing else: no allocation, no
-// call that a caller could have replaced.
-constinit std::mutex putting_in_place;
-
-// A fork copies the forking thread alone, so a lock that another thread holds
-// at that moment stays locked in the child for ever. There are two: ours, and
-// one that the C library holds while it loads the locale's converter, which
-// the first conversion does. Hence the forking thread converts a character,
-// which loads the converter or waits until it is loaded, and takes our lock.
-void BeforeFork() {
-  std::mbstate_t state{};
-  wchar_t converted;
-  static_cast<void>(std::mbrtowc(&converted, "x", 1, &state));
-  putting_in_place.lock();
-}
-
-void AfterFork() { putting_in_place.unlock(); }
-
-// Registered at load: a registration at the first use would need a lock that a
-// fork can leave locked, too. When it fails, which takes a failed allocation,
-// there is nobody to tell; all else works as before. Unloading the library
-// takes the handlers back.
-[[maybe_unused]] const int fork_handlers_status =
-    pthread_atfork(BeforeFork, AfterFork, AfterFork);
-
-// A name on its way into a record. Whatever ends the load, an exception
-// included, the record then has the name or null in place of `replaced`.
-class NameInTheMaking {
- public:
-  NameInTheMaking(COidData& record, LPCWSTR replaced)
-      : record_(record), replaced_(replaced) {}
-  NameInTheMaking(const NameInTheMaking&) = delete;
-  NameInTheMaking& operator=(const NameInTheMaking&) = delete;
-
-  // Of threads that meet here, the first one's name stays; the others' go, and
-  // they write nothing. The flag comes before the name: who sees the name may
-  // read the flag. Both are written atomically, since callers who walk the
-  // registry read them at any time.
-  ~NameInTheMaking() {
-    const std::lock_guard lock(putting_in_place);
-    if (NameOf(record_) != replaced_) return;
-    std::atomic_ref(record_.dwOidFlags)
-        .fetch_or(kNameIsOwned, std::memory_order_relaxed);
-    const LPCWSTR name = name_.release();
-    std::atomic_ref(record_.pwszName).store(name, std::memory_order_release);
-    Settle(record_, name);
-  }
-
-  void Finish(std::unique_ptr<wchar_t[]> name) { name_ = std::move(name); }
-
- private:
-  COidData& record_;
-  LPCWSTR replaced_;
-  std::unique_ptr<wchar_t[]> name_;
-};
-
-// Loads the text `number` into `record`, whose name was `replaced` when the
-// load was decided upon.
-void LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
-  NameInTheMaking made(record, replaced);
-  // LoadString_korvan writes no terminator; the zeros are it, and the last one
-  // stays whatever is written.
-  constexpr int kMostBytes = 256;
-  static_assert(kLongestName <= kMostBytes);
-  char text[kMostBytes + 1] = {};
-  if (LoadString_korvan(nullptr, number, text, kMostBytes) == 0) return;
-  std::mbstate_t state{};
-  const char* rest = text;
-  const std::size_t count = std::mbsrtowcs(nullptr, &rest, 0, &state);
-  constexpr auto kInvalid = static_cast<std::size_t>(-1);
-  if (count == 0 || count == kInvalid) return;
-  // The conversion stops before a terminator; the array's last zero is it.
-  auto name = std::make_unique<wchar_t[]>(count + 1);
-  const std::size_t converted =
-      std::mbsrtowcs(name.get(), &rest, count, &state);
-  if (converted == 0 || converted == kInvalid) return;
-  made.Finish(std::move(name));
-  // The record owns the name now, which the analyser can't follow.
-}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+// The rows whose name is not indexed. Read and written atomically.
+constinit RowBits unindexed = RowsNamedByNumber();
 
 }  // namespace
 
-COidData& Loaded(COidData& record, LPCWSTR number) {
-  LoadName(record, number,
-           static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(number)));
-  return record;
-}
-
-bool AreNamesSettled(RowRange rows) {
+bool AreIndexed(RowRange rows) {
   constexpr std::uint64_t kAll = ~std::uint64_t{0};
   std::uint64_t asked = kAll << rows.begin % kBits;
-  for (std::uint32_t word = rows.begin / kBits; word * kBits < rows.end;
-       ++word) {
-    const std::uint32_t left = rows.end - word * kBits;
-    if (left < kBits) asked &= ~(kAll << left);
-    if ((unsettled[word].load(std::memory_order_acquire) & asked) != 0) {
+  for (RowNumber word = rows.begin / kBits; word * kBits < rows.end; ++word) {
+    const RowNumber left = rows.end - word * kBits;
+    if (left < kBits) {
+      asked &= ~(kAll << left);
+    }
+    const std::uint64_t found =
+        std::atomic_ref(unindexed[word]).load(std::memory_order_acquire);
+    if ((found & asked) != 0) {
       return false;
     }
     asked = kAll;
@@ -177,7 +75,9 @@ void InitOidInfoWorker(COidData& record, unsigned int uResourceId) {
 
 void CleanupOidInfo() {
   for (COidData& record : oid::records) {
-    if ((record.dwOidFlags & oid::kNameIsOwned) == 0) continue;
+    if ((record.dwOidFlags & oid::kNameIsOwned) == 0) {
+      continue;
+    }
     delete[] record.pwszName;
     std::atomic_ref(record.dwOidFlags)
         .fetch_and(~oid::kNameIsOwned, std::memory_order_relaxed);
@@ -185,4 +85,116 @@ void CleanupOidInfo() {
   }
 }
 
+namespace oid {
+namespace {
+
+// Held while a name is published, and for nothing else: no allocation, and no
+// call that a host could replace.
+constinit std::mutex publishing;
+
+// A fork copies the forking thread alone, so a lock that another thread holds
+// at that moment stays locked in the child for ever. There are two: ours, and
+// one that the C library holds while it loads the locale's converter, which
+// the first conversion does. So the forking thread converts a character, which
+// loads the converter or waits until it is loaded, and takes our lock.
+void BeforeFork() {
+  std::mbstate_t state{};
+  wchar_t converted;
+  static_cast<void>(std::mbrtowc(&converted, "x", 1, &state));
+  publishing.lock();
+}
+
+void AfterFork() { publishing.unlock(); }
+
+// Registered at load: at the first use, the registration itself would need a
+// lock that a fork can leave locked. It fails only if an allocation does; then
+// there is nobody to tell, and all else works. Unloading the library takes the
+// handlers back.
+[[maybe_unused]] const int fork_handlers_status =
+    pthread_atfork(BeforeFork, AfterFork, AfterFork);
+
+// The record's row, or kNoRow for a record that a caller has made.
+RowNumber RowOf(const COidData& record) {
+  const std::less<> is_before;
+  if (is_before(&record, records) || !is_before(&record, records + kRowCount)) {
+    return kNoRow;
+  }
+  return static_cast<RowNumber>(&record - records);
+}
+
+// Whether the index would find that name at `row`.
+bool IsNameOfRow(LPCWSTR name, RowNumber row) {
+  const std::size_t length = std::wcslen(name);
+  return length == kNameLengths[row] &&
+         NameHashCode(name, length) == kNameHashCodes[row];
+}
+
+// Puts `name`, which may be null, in the place of the name `replaced`. Returns
+// false if the record has another name by then, as another thread was first.
+bool Publish(COidData& record, LPCWSTR replaced, LPCWSTR name) noexcept {
+  const RowNumber row = RowOf(record);
+  const bool is_indexed =
+      row != kNoRow && (name == nullptr || IsNameOfRow(name, row));
+  const std::lock_guard lock(publishing);
+  if (NameOf(record) != replaced) {
+    return false;
+  }
+  std::atomic_ref(record.dwOidFlags)
+      .fetch_or(kNameIsOwned, std::memory_order_relaxed);
+  std::atomic_ref(record.pwszName).store(name, std::memory_order_release);
+  if (row != kNoRow) {
+    const std::atomic_ref bits(unindexed[row / kBits]);
+    if (is_indexed) {
+      bits.fetch_and(~BitOf(row), std::memory_order_release);
+    } else {
+      bits.fetch_or(BitOf(row), std::memory_order_release);
+    }
+  }
+  return true;
+}
+
+// A text in wide characters, or null if it is empty or the locale can't convert
+// it.
+std::unique_ptr<wchar_t[]> Widen(const char* text) {
+  constexpr auto kInvalid = static_cast<std::size_t>(-1);
+  std::mbstate_t state{};
+  const std::size_t count = std::mbsrtowcs(nullptr, &text, 0, &state);
+  if (count == 0 || count == kInvalid) {
+    return nullptr;
+  }
+  // The conversion stops before a terminator; the array's last zero is it.
+  auto wide = std::make_unique<wchar_t[]>(count + 1);
+  const std::size_t converted =
+      std::mbsrtowcs(wide.get(), &text, count, &state);
+  if (converted == 0 || converted == kInvalid) {
+    return nullptr;
+  }
+  return wide;
+}
+
+}  // namespace
+
+COidData& LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
+  std::unique_ptr<wchar_t[]> name;
+  try {
+    // LoadString_korvan writes no terminator. The zeros behind the text are
+    // one, and the last one stays whatever a host's function writes.
+    constexpr int kMostBytes = 256;
+    static_assert(kLongestName <= kMostBytes);
+    char text[kMostBytes + 1] = {};
+    if (LoadString_korvan(nullptr, number, text, kMostBytes) != 0) {
+      name = Widen(text);
+    }
+  } catch (...) {
+    // Of a failed allocation, or of a host's LoadString_korvan.
+    Publish(record, replaced, nullptr);
+    throw;
+  }
+  if (Publish(record, replaced, name.get())) {
+    static_cast<void>(name.release());  // the record owns it
+  }
+  return record;
+}
+
+}  // namespace oid
 }  // namespace korvan

@@ -1,3 +1,6 @@
+// The names of records, the one thing about a record that changes: numbers of
+// the string table, which are replaced by their texts when a search first needs
+// them (lazy loading).
 #ifndef KORVAN_OID_NAMES_H_
 #define KORVAN_OID_NAMES_H_
 
@@ -8,35 +11,63 @@
 
 #include "oid/rows.h"
 
-// The names of records, which are the one thing about them that changes: from
-// the number of a text to the text.
-
 namespace korvan::oid {
 
-// A name is loaded while other threads look at it.
+// The life of a name in the registry:
+//
+//   rows with RES                                          rows with NAME
+//   or MISSING                                                   |
+//        |                              the text of the row,     |
+//        v        loading               or null                  v
+//     number --------------> loaded ------------------------> indexed
+//                               ^                                |
+//                               '--------------------------------'
+//                                 InitOidInfoWorker: another text
+//
+//   number   pwszName is a number of the string table.
+//   loaded   pwszName is a text that the registry owns, or null, and bit 0x2 of
+//            dwOidFlags is set. The text may be any: a host may have another
+//            LoadString_korvan, and a caller asks InitOidInfoWorker for any
+//            number. Searches by name ask such a record itself.
+//   indexed  The index answers for the name: it is the one of the row, or null.
+//
+// Who loads: every search, for the record that it returns; a search by name,
+// for each record that it asks; a caller, by InitOidInfoWorker. CleanupOidInfo
+// puts null in the place of each text that the registry owns; the state stays.
+//
+// How it is published: a thread that has loaded a name takes the one lock and
+// writes the flag, then the name, then, in unindexed, whether it is indexed;
+// name and index are written with memory_order_release. If another thread was
+// first, it writes nothing. Readers take no lock: they read index and name with
+// memory_order_acquire, so who sees a name indexed sees the name, and who sees
+// the name sees the flag.
+//
+// A fork waits for the lock, and the child has it free.
+
 inline LPCWSTR NameOf(COidData& record) {
   return std::atomic_ref(record.pwszName).load(std::memory_order_acquire);
 }
 
-inline bool IsTextNumber(LPCWSTR name) {
+// The number that a name is, or 0.
+inline unsigned int NumberOf(LPCWSTR name) {
   const auto value = reinterpret_cast<std::uintptr_t>(name);
-  return value != 0 && value < 0x10000;
+  return value < 0x10000 ? static_cast<unsigned int>(value) : 0;
 }
 
-// Puts the text whose number is the record's name, `number`, in the place of
-// that number, or null where there is none to be had.
-COidData& Loaded(COidData& record, LPCWSTR number);
+// Puts the text of `number` in the place of the name `replaced`, unless the
+// record has another name by then. Returns the record.
+COidData& LoadName(COidData& record, LPCWSTR replaced, unsigned int number);
 
-// The record with its name loaded if it was still a number.
-inline COidData& Resolved(COidData& record) {
+// Loads the record's name if it is still a number. Returns the record, so that
+// a search can end in this call and needs no stack.
+inline COidData& EnsureLoaded(COidData& record) {
   const LPCWSTR name = NameOf(record);
-  return IsTextNumber(name) ? Loaded(record, name) : record;
+  const unsigned int number = NumberOf(name);
+  return number == 0 ? record : LoadName(record, name, number);
 }
 
-// Whether the name of each row in `rows` is settled: it is the one that the
-// row states, or null, and stays so. While it is not, only the record itself
-// can tell.
-bool AreNamesSettled(RowRange rows);
+// Whether the names of all these rows are indexed.
+bool AreIndexed(RowRange rows);
 
 }  // namespace korvan::oid
 
