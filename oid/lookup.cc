@@ -105,7 +105,7 @@ COidData* Walk(std::span<COidData> walked, Key key) {
 // The first of `rows` that the index gives for `code` and that `is_wanted`, its
 // name loaded, or null.
 template <class AnyIndex, class IsWanted>
-COidData* FindIndexed(const AnyIndex& index, HashCode code, RowRange rows,
+COidData* FindByIndex(const AnyIndex& index, HashCode code, RowRange rows,
                       IsWanted is_wanted) {
   for (RowNumber row = index.First(code); row < rows.end;
        row = index.Next(row)) {
@@ -128,7 +128,7 @@ bool Matches(COidData& record, OidKey key) {
     return nullptr;
   }
   const OidWords words = WordsOf(key.oid, length);
-  return FindIndexed(kByOid, OidHashCode(words, length), rows,
+  return FindByIndex(kByOid, OidHashCode(words, length), rows,
                      [&](RowNumber row) {
                        return kOidLengths[row] == length &&
                               WordsOf(records[row].pszOID, length) == words;
@@ -138,13 +138,14 @@ bool Matches(COidData& record, OidKey key) {
 // Whether wcscasecmp finds the names equal. Equal characters fold alike in
 // every locale, so the locale is only asked about others.
 bool EqualInAnyCase(const wchar_t* name, const wchar_t* wanted) {
-  for (;
-       *name == *wanted || std::towlower(static_cast<std::wint_t>(*name)) ==
-                               std::towlower(static_cast<std::wint_t>(*wanted));
-       ++name, ++wanted) {
+  while (*name == *wanted ||
+         std::towlower(static_cast<std::wint_t>(*name)) ==
+             std::towlower(static_cast<std::wint_t>(*wanted))) {
     if (*name == L'\0') {
       return true;
     }
+    ++name;
+    ++wanted;
   }
   return false;
 }
@@ -190,7 +191,7 @@ bool Matches(COidData& record, AlgidKey key) {
 }
 
 [[gnu::noinline]] COidData* Find(RowRange rows, AlgidKey key) {
-  return FindIndexed(kByAlgid, AlgidHashCode(key.algid), rows,
+  return FindByIndex(kByAlgid, AlgidHashCode(key.algid), rows,
                      [=](RowNumber row) { return Matches(records[row], key); });
 }
 
@@ -206,7 +207,7 @@ bool Matches(COidData& record, PairKey key) {
 }
 
 [[gnu::noinline]] COidData* Find(RowRange rows, PairKey key) {
-  return FindIndexed(kByPair, PairHashCode(key.algid, key.second_algid), rows,
+  return FindByIndex(kByPair, PairHashCode(key.algid, key.second_algid), rows,
                      [=](RowNumber row) { return Matches(records[row], key); });
 }
 

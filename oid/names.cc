@@ -50,6 +50,8 @@ constinit RowBits unindexed = RowsNamedByNumber();
 }  // namespace
 
 bool AreIndexed(RowRange rows) {
+  // Word by word: in the first and in the last, only some bits are of these
+  // rows.
   constexpr std::uint64_t kAll = ~std::uint64_t{0};
   std::uint64_t asked = kAll << rows.begin % kBits;
   for (RowNumber word = rows.begin / kBits; word * kBits < rows.end; ++word) {

@@ -15,32 +15,34 @@ namespace korvan::oid {
 
 // The life of a name in the registry:
 //
-//   rows with RES                                          rows with NAME
-//   or MISSING                                                   |
-//        |                              the text of the row,     |
-//        v        loading               or null                  v
-//     number --------------> loaded ------------------------> indexed
-//                               ^                                |
-//                               '--------------------------------'
-//                                 InitOidInfoWorker: another text
+//   rows with RES, MISSING                              rows with NAME
+//        |                                                     |
+//        v       load              the row's name, or null     v
+//     number -----------> loaded -------------------------> indexed
+//                           ^                                  |
+//                           '----------------------------------'
+//                                   load of another name
 //
 //   number   pwszName is a number of the string table.
 //   loaded   pwszName is a text that the registry owns, or null, and bit 0x2 of
-//            dwOidFlags is set. The text may be any: a host may have another
-//            LoadString_korvan, and a caller asks InitOidInfoWorker for any
-//            number. Searches by name ask such a record itself.
-//   indexed  The index answers for the name: it is the one of the row, or null.
+//            dwOidFlags is set.
+//   indexed  The index answers for the name: it is the one that the row states,
+//            or null. A load goes on to here at once, except with another text:
+//            a host may have its own LoadString_korvan, and a caller may ask
+//            InitOidInfoWorker for any number. Such a name stays loaded, and
+//            searches by name ask the record.
 //
-// Who loads: every search, for the record that it returns; a search by name,
-// for each record that it asks; a caller, by InitOidInfoWorker. CleanupOidInfo
-// puts null in the place of each text that the registry owns; the state stays.
+// Who loads: every search, for the record that it returns; a search by name and
+// MatchOidInfo, for each record that they ask; a caller, by InitOidInfoWorker.
+// CleanupOidInfo puts null in the place of each text that the registry owns;
+// the state stays. A caller's own record has no row, so its name is never
+// indexed.
 //
-// How it is published: a thread that has loaded a name takes the one lock and
-// writes the flag, then the name, then, in unindexed, whether it is indexed;
-// name and index are written with memory_order_release. If another thread was
-// first, it writes nothing. Readers take no lock: they read index and name with
-// memory_order_acquire, so who sees a name indexed sees the name, and who sees
-// the name sees the flag.
+// How a load is published: its thread takes the one lock and writes the flag,
+// then the name, then whether it is indexed; the last two are released
+// (memory_order_release). If another thread was first, it writes nothing.
+// Readers take no lock. They acquire what was released, so who finds a name
+// indexed sees the name, and who sees the name sees the flag.
 //
 // A fork waits for the lock, and the child has it free.
 

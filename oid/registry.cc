@@ -16,6 +16,7 @@
 
 namespace korvan {
 
+// A record begins as a CRYPT_OID_INFO does, for code that expects one.
 static_assert(std::is_standard_layout_v<COidData> && sizeof(COidData) == 72);
 static_assert(offsetof(COidData, cbSize) == offsetof(CRYPT_OID_INFO, cbSize));
 static_assert(offsetof(COidData, pszOID) == offsetof(CRYPT_OID_INFO, pszOID));
@@ -37,8 +38,8 @@ namespace {
 
 constexpr DWORD kMarked = 0x1;
 
-// Extra information: its words, read-only, shared by the rows that have the
-// same.
+// The words of extra information: read-only, and the same for all rows that
+// have the same words.
 template <DWORD... words>
 struct Extra {
   static constexpr DWORD kWords[] = {words...};
@@ -106,7 +107,6 @@ constinit const OID_TABLE_INFO oid_registry[9] = {
     oid::TableOf(oid::kGroups[6]), oid::TableOf(oid::kGroups[7]),
     oid::TableOf(oid::kGroups[8]),
 };
-static_assert(std::size(oid_registry) == oid::kGroupCount);
 
 COidInfoCleanupHelper::~COidInfoCleanupHelper() { CleanupOidInfo(); }
 

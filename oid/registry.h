@@ -1,3 +1,10 @@
+// The records of the registry. Who is new to this folder reads it in the order
+//   tables/       the rows, a page for each group;
+//   rows.h        the rows as constants, and the groups;
+//   registry.h    the records, which are what callers get;
+//   names.h       how names are loaded;
+//   hash_codes.h  perfect_hash.h  row_chains.h  index.h  from a key to its
+//   rows; keys.h        what callers search by; lookup.cc     the searches.
 #ifndef KORVAN_OID_REGISTRY_H_
 #define KORVAN_OID_REGISTRY_H_
 
@@ -7,8 +14,8 @@
 
 namespace korvan::oid {
 
-// All records of the registry, group after group; oid_registry's tables are
-// ranges of it. Row numbers count from its start.
+// Group after group: the tables of oid_registry are ranges of it, and a row
+// number is an index into it.
 extern COidData records[kRowCount];
 
 }  // namespace korvan::oid
