@@ -15,7 +15,7 @@ if [ "$1" = --self-test ]; then
       "$0" "$3" "$compiler" "$work" "$libdir"
   }
   find "$work/moved" -name text.h -exec rm {} +
-  with "a missing header" 'text\.h: No such file' "$pkg_config"
+  with "a missing header" 'error: .*korvan/text\.h' "$pkg_config"
   sed -i "s#^prefix=.*#prefix=$moved#" "$work/moved/$libdir/pkgconfig"/*.pc
   with "a package that leads elsewhere" 'is not for' "$pkg_config"
   # shellcheck disable=SC2016  # the fake's own argument
