@@ -14,8 +14,9 @@ namespace korvan::ini {
 
 // A file stream, open unless the file could not be opened.
 //
-// A file without conversion is moved in large blocks. With one the size of the
-// blocks would show: if it fails, what is lost depends on where a block began.
+// A file without conversion is moved in large blocks. With a conversion the
+// size of the blocks would show: if it fails, what is lost depends on where a
+// block began.
 template <class Stream>
 class FileStream {
  public:

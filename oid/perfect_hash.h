@@ -101,10 +101,10 @@ class PerfectHash {
 
 // With the first multiplier, 2 and 5 would share a slot.
 static_assert([] {
-  constexpr PerfectHash<2, 4> hash(std::array<HashEntry, 4>{
+  constexpr PerfectHash<2, 4> kHash(std::array<HashEntry, 4>{
       {{2, 20}, {5, 50}, {5, 51}, {~HashCode{0}, 90}}});
-  return hash.Find(2) == 20 && hash.Find(5) == 50 &&
-         hash.Find(~HashCode{0}) == 90;
+  return kHash.Find(2) == 20 && kHash.Find(5) == 50 &&
+         kHash.Find(~HashCode{0}) == 90;
 }());
 
 }  // namespace korvan::oid

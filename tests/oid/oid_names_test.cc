@@ -491,7 +491,7 @@ TEST_F(OidNames, ANameIsLoadedWhicheverOtherNameWasLoadedBefore) {
   for (const int loaded : all_) {
     EXPECT_TRUE(Apart([&] {
       MatchOidInfo(Row(loaded), CRYPT_OID_INFO_NAME_KEY, other);
-      for (const unsigned int group : {1, 2, 3, 4, 5, 6, 7, 8, 20}) {
+      for (const unsigned int group : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 20U}) {
         ByName(L"no such name", group);
       }
       return Loaded() == all_;
