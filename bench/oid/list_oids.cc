@@ -20,4 +20,6 @@ int main() {
   std::cout << "%%\n"
                "const char* FindInGperf(const char* oid, std::size_t length) "
                "{\n  return Perfect_Hash::in_word_set(oid, length);\n}\n";
+  std::cout.flush();
+  return std::cout ? 0 : 1;
 }

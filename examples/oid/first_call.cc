@@ -10,5 +10,7 @@ int main() {
   if (found == nullptr) {
     return 1;
   }
-  std::printf("%s is %ls, ALG_ID 0x%X\n", oid, found->pwszName, found->Algid);
+  const bool written = std::printf("%s is %ls, ALG_ID 0x%X\n", oid,
+                                   found->pwszName, found->Algid) > 0;
+  return written && std::fflush(stdout) == 0 ? 0 : 1;
 }

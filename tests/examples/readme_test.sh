@@ -19,6 +19,7 @@ if [ "$1" = --self-test ]; then
   of "a program that prints something else" 'does not show' 'echo else'
   of "a program that prints a part" 'does not show' "'$program' | cut -c 2-"
   of "a program that prints more" 'prints 2 lines' "'$program'; echo more"
+  of "no word of a full disk" 'passes over a full disk' "'$program'; exit 0"
   must_fail "no program" 'exit status 127' \
     "$0" "$readme" "$source" "$work/none"
   sed '$d' "$source" > "$work/source.cc"
@@ -55,3 +56,7 @@ grep -F -x -q -e "$output" "$readme" ||
   printf '%s\n' "$output"
   exit 1
 }
+if "$program" > /dev/full; then
+  echo "$program passes over a full disk"
+  exit 1
+fi
