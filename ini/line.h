@@ -29,9 +29,8 @@ struct Line {
 // Begins every header and every key line: a line without it is skipped.
 inline constexpr char kLineOpening = '[';
 
-// Whether a line that begins with kLineOpening is a header. The end of the line
-// decides alone, so what follows a "=" in it gives the same answer as the
-// whole.
+// Whether a line that begins with kLineOpening is a header. Only the end of the
+// line decides, so what follows a "=" in it gives the same answer.
 template <class Char>
 constexpr bool EndsHeader(std::basic_string_view<Char> line) {
   return WithoutTrailing(IsBlankOrLineEnd<Char>, line).ends_with(']');
@@ -51,17 +50,18 @@ constexpr Line<Char> ParseLine(std::basic_string_view<Char> line) {
   if (!line.starts_with(kLineOpening)) {
     return {};
   }
-  line = WithoutTrailing(IsLineEnd<Char>, line);
   if (EndsHeader(line)) {
+    const auto header = WithoutTrailing(IsLineEnd<Char>, line);
     // The last character goes whatever it is: "[Main] " names "Main]".
     // Existing files have such names.
-    return {LineKind::kHeader, line.substr(1, line.size() - 2)};
+    return {LineKind::kHeader, header.substr(1, header.size() - 2)};
   }
   const std::size_t equals = line.find('=');
   if (equals == line.npos) {
     return {};
   }
-  return {LineKind::kKey, line.substr(0, equals), line.substr(equals + 1)};
+  return {LineKind::kKey, line.substr(0, equals),
+          ValueOf(line.substr(equals + 1))};
 }
 
 // Whether `piece`, the beginning of a line, holds a key's name, the "=" and at
@@ -102,14 +102,19 @@ static_assert(ParseLine<char>("[a=b=c") ==
 static_assert(ParseLine<char>("[k=") == Line<char>{LineKind::kKey, "[k", ""});
 static_assert(ParseLine<char>("[k]=") == Line<char>{LineKind::kKey, "[k]", ""});
 
-// Wide lines, and the beginnings of lines.
 static_assert(ParseLine<wchar_t>(L"[k=v") ==
               Line<wchar_t>{LineKind::kKey, L"[k", L"v"});
+
+// Parts of lines.
 static_assert(HoldsNameAndMore<char>(" [k=v"));
 static_assert(!HoldsNameAndMore<char>("[k="));
 static_assert(!HoldsNameAndMore<char>("[k"));
 static_assert(!HoldsNameAndMore<char>("k=v"));
 static_assert(!HoldsNameAndMore<char>(""));
+static_assert(EndsHeader<char>("v] \r"));
+static_assert(!EndsHeader<char>(" v \r"));
+static_assert(!EndsHeader<char>(" \r"));
+static_assert(ValueOf<char>(" v \r") == " v ");
 
 }  // namespace korvan::ini
 

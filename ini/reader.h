@@ -127,9 +127,10 @@ class Reader {
     section_->AddKey(std::move(name))->SetValue(std::move(value));
   }
 
-  // `text` up to the first character that the standard line reader would take
-  // for the end of the text: the one that equals Traits::eof(). Only wide text
-  // can have it.
+  // `text` up to the first character that equals Traits::eof(). The standard
+  // line reader takes it for the end of the text, but only at the beginning of
+  // a line or of a buffer, so it has to decide itself. Only wide text can have
+  // it.
   static View BeforeEndOfText(View text) {
     constexpr Char kEnd = Traits::to_char_type(Traits::eof());
     constexpr bool kIsCharacter =

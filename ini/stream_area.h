@@ -1,11 +1,5 @@
 // Access to the characters that a stream buffer has ready to be read (its get
 // area), and to the room that it has ready to be written to (its put area).
-//
-// The pointers to an area come from a standard or a caller's class and may lie
-// oddly. A caller's buffer may leave gptr beyond egptr. A std::filebuf that
-// failed to write a character leaves pptr one beyond epptr (libstdc++ 12). So
-// every difference of them is taken with its sign, and one below zero means
-// that there is nothing to read or no room to write.
 #ifndef KORVAN_INI_STREAM_AREA_H_
 #define KORVAN_INI_STREAM_AREA_H_
 
@@ -19,12 +13,19 @@
 
 namespace korvan::ini {
 
+// The pointers to an area come from a standard or a caller's class and may lie
+// oddly. A caller's buffer may leave gptr beyond egptr. A std::filebuf that
+// failed to write a character leaves pptr one beyond epptr (libstdc++ 12). So
+// every difference of them is taken with its sign, and one below zero means
+// that there is nothing to read or no room to write.
+
 // The get area of a stream buffer, of whatever class. The standard line reader
 // takes its characters from there, too, and calls the buffer only when there
 // are none, so the buffer can't tell the difference.
 //
-// gptr and its kin are protected. A derived class may form pointers to these
-// members, and call them on any buffer; that is all it is derived for.
+// gptr, egptr and the others are protected. Only a derived class may form
+// pointers to these members, which then work on any buffer. So this class is
+// derived, but no object of it is ever made.
 template <class Char>
 class GetArea : private std::basic_streambuf<Char> {
  public:

@@ -45,8 +45,8 @@ constexpr std::basic_string_view<Char> WithoutTrailing(
 
 // Erases the blanks at both ends of a name.
 //
-// The exported Trim would need a string of the characters to erase, which costs
-// more than the two looks that most names need: they have no blanks.
+// Most names have none, and then this looks at two characters only. The
+// exported Trim would first need a string of the characters to erase.
 template <class String>
 void TrimName(String& name) {
   while (!name.empty() && IsBlank(name.back())) {

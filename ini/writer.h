@@ -55,8 +55,8 @@ class Writer {
     }
   }
 
-  // Writes the line as the stream does. Not inline: the path above it, which
-  // nearly every line takes, is then shorter by a third.
+  // Leaves the line to the stream. It is not inlined, because that makes the
+  // path above, which nearly every line takes, shorter by a third.
   [[gnu::noinline]] void InsertLine(View first, View second, View third) {
     if (is_standard_ && DoesInsertionOverrun()) {
       output_.flush();
@@ -68,18 +68,18 @@ class Writer {
     output_ << line_feed_;
   }
 
-  // Whether an insertion does nothing but copy characters, room given: it does
-  // not fail, does not pad, and flushes neither the tied stream before nor this
-  // stream after.
+  // Whether an insertion that finds room only copies characters: the stream has
+  // not failed, pads nothing, and flushes neither its tied stream before nor
+  // itself after.
   bool IsInsertionACopy() const {
     return output_.good() && output_.width() == 0 && output_.tie() == nullptr &&
            (output_.flags() & std::ios_base::unitbuf) == 0;
   }
 
   // Whether the standard library's own insertion would write beyond the
-  // buffer's block (libstdc++ 12). It does into an overfull area, except when
-  // it hands the area and a text without padding to the file at once. That is
-  // how a file without conversion takes them.
+  // buffer's block. libstdc++ 12 does so if the area is overfull, except for a
+  // text without padding in a file without conversion: it hands area and text
+  // to the file at once.
   bool DoesInsertionOverrun() const {
     return output_.good() && PutArea<Char>::IsOverfull(*output_.rdbuf()) &&
            (output_.width() != 0 ||
