@@ -138,8 +138,8 @@ TEST_F(NarrowStreamArea, AFileThatRefusedACharacterGetsWhatInsertionsGiveIt) {
 TEST_F(NarrowStreamArea, AFileThatTakesAPartAgainGetsWhatInsertionsGiveIt) {
   const std::string path = folder_ / "a.ini";
   const auto saved = [&](auto& file, std::size_t capacity) {
-    std::basic_filebuf<char> buffer;
     GuardedBlock<char> block(kBlock);
+    std::basic_filebuf<char> buffer;
     buffer.pubsetbuf(block.start(), block.size());
     EXPECT_NE(buffer.open(path, std::ios_base::out | std::ios_base::binary),
               nullptr);
