@@ -8,7 +8,6 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 #include <type_traits>
 
 #include "oid/rows.h"
@@ -91,8 +90,10 @@ constexpr bool IsTextOfItsNumber(const RowName& name) {
   if (name.number == 0) {
     return true;
   }
-  const resources::TextRow* const found = resources::FindTextRow(name.number);
-  return name.text == (found == nullptr ? std::string_view() : found->Text());
+  const auto row = resources::FindTextRow(name.number);
+  return row == resources::kNoTextRow
+             ? name.text.empty()
+             : name.text == resources::kTextRows[row].Text();
 }
 static_assert(std::ranges::all_of(kRows, IsTextOfItsNumber, &Row::name));
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <string_view>
 
 #include "resources/texts.h"
 
@@ -17,21 +18,22 @@ void CopyShort(char* to, const char* from, std::size_t length);
 
 int LoadString_korvan(void* /*hModule*/, unsigned int uID, char* lpBuffer,
                       int cchBufferMax) {
+  namespace resources = korvan::resources;
   if (lpBuffer == nullptr) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  const korvan::resources::TextRow* const found =
-      korvan::resources::FindTextRow(uID);
-  if (found == nullptr) {
+  const resources::TextRowNumber row = resources::FindTextRow(uID);
+  if (row == resources::kNoTextRow) {
     SetLastError(ERROR_INVALID_PARAMETER);
     lpBuffer[0] = '\0';
     return 0;
   }
   // A negative size becomes a huge one and cuts nothing.
-  const std::size_t length = std::min<std::size_t>(
-      found->length, static_cast<std::size_t>(cchBufferMax));
-  CopyShort(lpBuffer, found->characters, length);
+  const std::string_view text = resources::kTextRows[row].Text();
+  const std::size_t length =
+      std::min(text.size(), static_cast<std::size_t>(cchBufferMax));
+  CopyShort(lpBuffer, text.data(), length);
   return static_cast<int>(length);
 }
 

@@ -227,23 +227,23 @@ constexpr unsigned int PlaceOf(unsigned int number) {
   return place;
 }
 
-inline constexpr std::uint8_t kNoTextRow = 0xFF;
+using TextRowNumber = std::uint8_t;
+inline constexpr TextRowNumber kNoTextRow = 0xFF;
 
-consteval std::array<std::uint8_t, kLowNumbers + kHighNumbers>
+consteval std::array<TextRowNumber, kLowNumbers + kHighNumbers>
 TextRowsByPlace() {
-  std::array<std::uint8_t, kLowNumbers + kHighNumbers> rows{};
+  std::array<TextRowNumber, kLowNumbers + kHighNumbers> rows{};
   rows.fill(kNoTextRow);
   for (std::size_t row = 0; row < std::size(kTextRows); ++row) {
-    rows[PlaceOf(kTextRows[row].number)] = static_cast<std::uint8_t>(row);
+    rows[PlaceOf(kTextRows[row].number)] = static_cast<TextRowNumber>(row);
   }
   return rows;
 }
 inline constexpr auto kTextRowsByPlace = TextRowsByPlace();
 
-// The row with that number, or null.
-constexpr const TextRow* FindTextRow(unsigned int number) {
-  const std::uint8_t row = kTextRowsByPlace[PlaceOf(number)];
-  return row == kNoTextRow ? nullptr : &kTextRows[row];
+// The row whose text has that number, or kNoTextRow.
+constexpr TextRowNumber FindTextRow(unsigned int number) {
+  return kTextRowsByPlace[PlaceOf(number)];
 }
 
 static_assert(std::size(kTextRows) == 169 && std::size(kTextRows) < kNoTextRow);
@@ -252,13 +252,12 @@ static_assert(std::ranges::adjacent_find(kTextRows, std::greater_equal{},
                   std::end(kTextRows),
               "numbers ascend, each stands once");
 static_assert(std::ranges::all_of(kTextRows, [](const TextRow& row) {
-  return FindTextRow(row.number) == &row;
+  return &kTextRows[FindTextRow(row.number)] == &row;
 }));
-static_assert(FindTextRow(0) == nullptr && FindTextRow(4) == nullptr &&
-              FindTextRow(103) == nullptr && FindTextRow(8031) == nullptr &&
-              FindTextRow(7999) == nullptr && FindTextRow(8601) == nullptr &&
-              FindTextRow(0xFFFFFFFF) == nullptr);
-static_assert(FindTextRow(8048)->Text() == "Common Name");
+static_assert(std::ranges::all_of(
+    std::array{0U, 4U, 103U, 7999U, 8031U, 8601U, 0xFFFFFFFFU},
+    [](unsigned int number) { return FindTextRow(number) == kNoTextRow; }));
+static_assert(kTextRows[FindTextRow(8048)].Text() == "Common Name");
 
 }  // namespace korvan::resources
 
