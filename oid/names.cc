@@ -188,7 +188,7 @@ COidData& LoadName(COidData& record, LPCWSTR replaced, unsigned int number) {
       name = Widen(text);
     }
   } catch (...) {
-    // Of a failed allocation, or of a host's LoadString_korvan.
+    // Thrown by an allocation or by a host's LoadString_korvan.
     Publish(record, replaced, nullptr);
     throw;
   }

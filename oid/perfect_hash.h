@@ -28,11 +28,12 @@ struct HashEntry {
 // hash codes has a slot of its own.
 //
 // Sizes: 64 buckets and 512 slots hold the 217 OIDs in 1,536 bytes, after 227
-// tries. 256 slots would save 512 bytes and take half a million tries; 16
-// buckets would save 384 bytes and take still more; 128 buckets save no tries.
-// One bucket is enough for the 33 ALG_IDs and the 45 pairs, and found at the
-// first try; for the OIDs 20 million tries found no multiplier that separates
-// all. A sorted array would take 518 bytes, and eight comparisons a search.
+// tries; the names are alike. 256 slots would save 512 bytes and take half a
+// million tries, 16 buckets would save 384 bytes and take still more, and 128
+// buckets would cost 512 bytes and save one try. The 33 ALG_IDs and the 45
+// pairs need one bucket and one try; of the OIDs, none of 20 million
+// multipliers separates all. A sorted array takes 518 bytes, and eight
+// comparisons a search.
 template <std::size_t kBuckets, std::size_t kSlots>
 class PerfectHash {
  public:
@@ -43,15 +44,15 @@ class PerfectHash {
     multipliers_.fill(kMixer);
     slots_.fill(kNoRow);
     const auto end = std::unique(entries.begin(), entries.end(), HaveOneCode);
-    for (auto bucket = entries.begin(); bucket != end;) {
-      const std::size_t number = BucketOf(bucket->code);
-      const auto next = std::find_if(bucket, end, [&](const HashEntry& entry) {
-        return BucketOf(entry.code) != number;
+    for (auto first = entries.begin(); first != end;) {
+      const std::size_t bucket = BucketOf(first->code);
+      const auto last = std::find_if(first, end, [&](const HashEntry& entry) {
+        return BucketOf(entry.code) != bucket;
       });
-      while (!Place({bucket, next}, multipliers_[number])) {
-        multipliers_[number] += 2 * kMixer;
+      while (!Place({first, last}, multipliers_[bucket])) {
+        multipliers_[bucket] += 2 * kMixer;
       }
-      bucket = next;
+      first = last;
     }
   }
 

@@ -98,7 +98,7 @@ constexpr bool IsTextOfItsNumber(const RowName& name) {
 static_assert(std::ranges::all_of(kRows, IsTextOfItsNumber, &Row::name));
 
 constexpr OID_TABLE_INFO TableOf(const Group& group) {
-  return {group.id, group.rows.size(), records + group.rows.begin};
+  return {group.id, group.rows.Count(), records + group.rows.begin};
 }
 
 }  // namespace

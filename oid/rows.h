@@ -70,7 +70,7 @@ static_assert(std::ranges::all_of(kRows, IsPrintableAscii, &Row::name));
 
 // Rows `begin` up to but not including `end`.
 struct RowRange {
-  constexpr int size() const { return static_cast<int>(end - begin); }
+  constexpr int Count() const { return static_cast<int>(end - begin); }
 
   RowNumber begin;
   RowNumber end;
