@@ -12,6 +12,10 @@
 
 namespace {
 
+using korvan::test::FailingNew;
+using korvan::test::LiveBlocks;
+using korvan::test::NewCalls;
+
 // Long, so that each of them takes an allocation.
 constexpr auto kSection = "a section with a name too long to be inline"_t;
 constexpr auto kKey = "[a key with a name too long to be inline"_t;

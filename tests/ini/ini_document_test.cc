@@ -13,6 +13,8 @@
 
 namespace {
 
+using korvan::test::LiveBlocks;
+
 // What users were built against. A member more, less or elsewhere breaks them.
 template <class Twin>
 struct Layout {

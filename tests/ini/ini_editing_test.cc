@@ -9,6 +9,8 @@
 
 namespace {
 
+using korvan::test::LiveBlocks;
+
 template <class Twin>
 class IniEditing : public testing::Test {
  protected:

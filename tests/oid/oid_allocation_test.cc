@@ -12,6 +12,10 @@ namespace {
 
 using korvan::COidData;
 using korvan::FindOIDInfo;
+using korvan::test::FailingNew;
+using korvan::test::LastNewSize;
+using korvan::test::LiveBlocks;
+using korvan::test::NewCalls;
 
 char gost2001[] = "1.2.643.2.2.19";
 wchar_t gost2001_name[] = L"GOST R 34.10-2001";

@@ -18,6 +18,8 @@ namespace {
 
 using korvan::COidData;
 using korvan::FindOIDInfo;
+using korvan::test::LiveBlocks;
+using korvan::test::PausingNew;
 
 constexpr int kThreads = 8;
 

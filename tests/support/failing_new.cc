@@ -45,6 +45,8 @@ void Free(void* block) {
 
 }  // namespace
 
+namespace korvan::test {
+
 FailingNew::FailingNew(long successes) {
   failed = false;
   successes_left = successes;
@@ -58,6 +60,8 @@ PausingNew::~PausingNew() { before_each = nullptr; }
 long NewCalls() { return calls; }
 std::size_t LastNewSize() { return last_size; }
 long LiveBlocks() { return live; }
+
+}  // namespace korvan::test
 
 void* operator new(std::size_t size) { return Allocate(size); }
 void* operator new[](std::size_t size) { return Allocate(size); }

@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+namespace korvan::test {
+
 // Lets the next `successes` allocations of this thread succeed and the one
 // after them throw std::bad_alloc, while it lives.
 class FailingNew {
@@ -36,5 +38,7 @@ std::size_t LastNewSize();
 
 // Blocks from `new` that are not yet freed, of all threads.
 long LiveBlocks();
+
+}  // namespace korvan::test
 
 #endif  // KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
