@@ -10,7 +10,7 @@
 #include <streambuf>
 #include <string>
 
-#include "ini/plain_ini.h"
+#include "support/plain_ini.h"
 
 // Gives a text in pieces of one size.
 template <class Char>
@@ -43,7 +43,7 @@ inline void Expect(bool holds) {
 }
 
 template <class File, class Char>
-void ExpectSame(const File& file, const PlainIni<Char>& plain) {
+void ExpectSame(const File& file, const korvan::test::PlainIni<Char>& plain) {
   Expect(file.GetSections().size() == plain.sections().size());
   auto section = file.GetSections().begin();
   for (const auto& [name, keys] : plain.sections()) {
@@ -63,7 +63,7 @@ void ExpectSame(const File& file, const PlainIni<Char>& plain) {
 
 template <class File, class Char>
 void LoadBoth(const std::basic_string<Char>& text, std::size_t size, bool merge,
-              File& file, PlainIni<Char>& plain) {
+              File& file, korvan::test::PlainIni<Char>& plain) {
   PiecesOf<Char> pieces(text, size);
   PiecesOf<Char> plain_pieces(text, size);
   std::basic_istream<Char> input(&pieces);
@@ -79,7 +79,7 @@ template <class File, class Char>
 void LoadSaveLoad(unsigned char first, const std::basic_string<Char>& text) {
   const std::size_t size = first < 64 ? std::size_t{first} + 1 : text.size();
   File file;
-  PlainIni<Char> plain;
+  korvan::test::PlainIni<Char> plain;
   LoadBoth(text, size, false, file, plain);
 
   std::basic_ostringstream<Char> output;
@@ -89,7 +89,7 @@ void LoadSaveLoad(unsigned char first, const std::basic_string<Char>& text) {
   Expect(output.str() == plain_output.str());
 
   File again;
-  PlainIni<Char> plain_again;
+  korvan::test::PlainIni<Char> plain_again;
   LoadBoth(output.str(), size, false, again, plain_again);
   LoadBoth(text, size, true, again, plain_again);
 }

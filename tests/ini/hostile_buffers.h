@@ -1,19 +1,21 @@
-// Stream buffers that do what they may, and what the stream does then.
+// Stream buffers that do everything that they may, and what the stream shows
+// then.
 #ifndef KORVAN_TESTS_INI_HOSTILE_BUFFERS_H_
 #define KORVAN_TESTS_INI_HOSTILE_BUFFERS_H_
 
 #include <algorithm>
 #include <cstddef>
 #include <ios>
-#include <istream>
-#include <ostream>
+#include <new>
 #include <sstream>
-#include <streambuf>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "ini/ini_twins.h"
+#include "ini/shown.h"
+#include "ini/width.h"
+
+namespace korvan::test {
 
 struct Fault {};
 
@@ -22,13 +24,10 @@ constexpr std::size_t kNever = static_cast<std::size_t>(-1);
 // Gives a text in pieces of the given sizes, over and over, and throws instead
 // of giving the character at `fault`. Pieces of size 0 are single characters
 // without a buffer.
-template <class Char>
-class PiecewiseInput : public std::basic_streambuf<Char> {
+class PiecewiseInput : public StreamBuffer {
  public:
-  using String = std::basic_string<Char>;
-  using Traits = typename String::traits_type;
-
-  PiecewiseInput(String text, std::vector<std::size_t> sizes, std::size_t fault)
+  PiecewiseInput(String text, std::vector<std::size_t> sizes,
+                 std::size_t fault = kNever)
       : text_(std::move(text)), sizes_(std::move(sizes)), fault_(fault) {
     if (sizes_.empty()) {
       sizes_.push_back(text_.size() + 1);
@@ -36,13 +35,13 @@ class PiecewiseInput : public std::basic_streambuf<Char> {
   }
 
   std::size_t Consumed() const {
-    return taken_ - static_cast<std::size_t>(this->egptr() - this->gptr());
+    return taken_ - static_cast<std::size_t>(egptr() - gptr());
   }
 
  protected:
-  typename Traits::int_type underflow() override {
-    if (this->gptr() != this->egptr()) {
-      return Traits::to_int_type(*this->gptr());
+  Traits::int_type underflow() override {
+    if (gptr() != egptr()) {
+      return Traits::to_int_type(*gptr());
     }
     if (taken_ == fault_) {
       throw Fault();
@@ -57,19 +56,18 @@ class PiecewiseInput : public std::basic_streambuf<Char> {
     ++turn_;
     const std::size_t end =
         std::min({taken_ + size, text_.size(), std::max(fault_, taken_)});
-    this->setg(text_.data() + taken_, text_.data() + taken_,
-               text_.data() + end);
+    setg(text_.data() + taken_, text_.data() + taken_, text_.data() + end);
     taken_ = end;
-    return Traits::to_int_type(*this->gptr());
+    return Traits::to_int_type(*gptr());
   }
 
-  typename Traits::int_type uflow() override {
+  Traits::int_type uflow() override {
     const auto next = underflow();
     if (Traits::eq_int_type(next, Traits::eof())) {
       return next;
     }
-    if (this->gptr() != this->egptr()) {
-      this->gbump(1);
+    if (gptr() != egptr()) {
+      gbump(1);
     } else {
       ++taken_;
       ++turn_;
@@ -88,25 +86,19 @@ class PiecewiseInput : public std::basic_streambuf<Char> {
 // Keeps what is written and counts flushes. It has room for `room` characters
 // at a time (0: none, each comes singly), takes `capacity` in all, and then
 // fails or throws.
-template <class Char>
-class LimitedOutput : public std::basic_streambuf<Char> {
+class LimitedOutput : public StreamBuffer {
  public:
-  using String = std::basic_string<Char>;
-  using Traits = typename String::traits_type;
-
   explicit LimitedOutput(std::size_t room = 0, std::size_t capacity = kNever,
                          bool throws = false)
       : area_(room, Char{}), capacity_(capacity), throws_(throws) {}
 
-  String Written() const {
-    return taken_ + String(this->pbase(), this->pptr());
-  }
+  String Written() const { return taken_ + String(pbase(), pptr()); }
   int flushes() const { return flushes_; }
 
  protected:
-  typename Traits::int_type overflow(typename Traits::int_type next) override {
-    taken_.append(this->pbase(), this->pptr());
-    this->setp(nullptr, nullptr);
+  Traits::int_type overflow(Traits::int_type next) override {
+    taken_.append(pbase(), pptr());
+    setp(nullptr, nullptr);
     if (taken_.size() >= capacity_) {
       if (throws_) {
         throw Fault();
@@ -115,13 +107,13 @@ class LimitedOutput : public std::basic_streambuf<Char> {
     }
     const std::size_t room = std::min(area_.size(), capacity_ - taken_.size());
     if (room != 0) {
-      this->setp(area_.data(), area_.data() + room);
+      setp(area_.data(), area_.data() + room);
     }
     if (Traits::eq_int_type(next, Traits::eof())) {
       return Traits::not_eof(next);
     }
     if (room != 0) {
-      return this->sputc(Traits::to_char_type(next));
+      return sputc(Traits::to_char_type(next));
     }
     taken_ += Traits::to_char_type(next);
     return next;
@@ -140,20 +132,6 @@ class LimitedOutput : public std::basic_streambuf<Char> {
   int flushes_ = 0;
 };
 
-inline std::string Shown(std::ios_base::iostate state) {
-  std::string shown;
-  if (state & std::ios_base::badbit) {
-    shown += " bad";
-  }
-  if (state & std::ios_base::eofbit) {
-    shown += " eof";
-  }
-  if (state & std::ios_base::failbit) {
-    shown += " fail";
-  }
-  return shown;
-}
-
 // What a call threw: "", "fault", "failure" or "memory".
 template <class Call>
 std::string Thrown(Call call) {
@@ -169,9 +147,8 @@ std::string Thrown(Call call) {
   return "";
 }
 
-template <class Char>
 struct LoadCase {
-  std::basic_string<Char> text;
+  String text;
   std::vector<std::size_t> pieces;
   std::size_t fault = kNever;
   std::ios_base::iostate exceptions = std::ios_base::goodbit;
@@ -179,13 +156,14 @@ struct LoadCase {
   bool merge = false;
 };
 
-// Loads into a document of either kind and tells all that can be seen after.
-template <class Char, class File>
-std::string Load(const LoadCase<Char>& load, File& file) {
-  PiecewiseInput<Char> buffer(load.text, load.pieces, load.fault);
-  std::basic_istream<Char> input(&buffer);
-  LimitedOutput<Char> tied_buffer;
-  std::basic_ostream<Char> tied(&tied_buffer);
+// Loads into a document of the library or a plain one, and tells all that can
+// be seen after.
+template <class AnyFile>
+std::string Load(const LoadCase& load, AnyFile& file) {
+  PiecewiseInput buffer(load.text, load.pieces, load.fault);
+  InputStream input(&buffer);
+  LimitedOutput tied_buffer;
+  OutputStream tied(&tied_buffer);
   if (load.tied) {
     input.tie(&tied);
   }
@@ -198,5 +176,7 @@ std::string Load(const LoadCase<Char>& load, File& file) {
        << " flushes:" << tied_buffer.flushes();
   return seen.str();
 }
+
+}  // namespace korvan::test
 
 #endif  // KORVAN_TESTS_INI_HOSTILE_BUFFERS_H_

@@ -10,146 +10,144 @@
 #include <locale>
 #include <vector>
 
-#include "ini/ini_twins.h"
+#include "ini/shown.h"
+#include "ini/width.h"
+#include "support/folder.h"
+#include "support/locales.h"
 
+namespace korvan::test {
 namespace {
 
-template <class Twin>
-class IniFile : public testing::Test {
- protected:
+struct IniFile : testing::Test {
   bool Load(const std::string& path, bool merge = false) {
-    return file_.Load(Text<typename Twin::Char>(path), merge);
+    return file.Load(Text(path), merge);
   }
-  bool Save(const std::string& path) {
-    return file_.Save(Text<typename Twin::Char>(path));
-  }
+  bool Save(const std::string& path) { return file.Save(Text(path)); }
 
-  Folder folder_;
-  typename Twin::File file_;
+  Folder folder;
+  File file;
 };
-TYPED_TEST_SUITE(IniFile, Twins, TwinNames);
 
-TYPED_TEST(IniFile, LoadsWhatAFileHolds) {
-  const std::string path = this->folder_ / "a.ini";
+TEST_F(IniFile, ALoadTakesWhatTheFileHolds) {
+  const std::string path = folder / "a.ini";
   WriteBytes(path, "[Main]\r\n[k=v\r\n# note\r\n[Other]");
-  this->file_.AddSection("Old"_t);
-  EXPECT_TRUE(this->Load(path));
-  EXPECT_EQ(ContentOf(this->file_), "Main{[k=v} Other{}");
+  file.AddSection("Old"_t);
+  EXPECT_TRUE(Load(path));
+  EXPECT_EQ(ContentOf(file), "Main{[k=v} Other{}");
 }
 
-TYPED_TEST(IniFile, MergesWhenAsked) {
-  const std::string path = this->folder_ / "a.ini";
+TEST_F(IniFile, ALoadMergesWhenAsked) {
+  const std::string path = folder / "a.ini";
   WriteBytes(path, "[Main]\n[k=v\n");
-  this->file_.SetKeyValue("main"_t, "l"_t, "w"_t);
-  EXPECT_TRUE(this->Load(path, true));
-  EXPECT_EQ(ContentOf(this->file_), "main{[k=v|l=w}");
+  file.SetKeyValue("main"_t, "l"_t, "w"_t);
+  EXPECT_TRUE(Load(path, true));
+  EXPECT_EQ(ContentOf(file), "main{[k=v|l=w}");
 }
 
-TYPED_TEST(IniFile, ReplacesUnlessAskedToMerge) {
-  const std::string path = this->folder_ / "a.ini";
+TEST_F(IniFile, ALoadReplacesUnlessAskedToMerge) {
+  const std::string path = folder / "a.ini";
   WriteBytes(path, "");
-  this->file_.AddSection("Old"_t);
-  EXPECT_TRUE(this->file_.Load(Text<typename TypeParam::Char>(path), true));
-  EXPECT_EQ(ContentOf(this->file_), "Old{}");
-  EXPECT_TRUE(this->file_.Load(Text<typename TypeParam::Char>(path)));
-  EXPECT_EQ(ContentOf(this->file_), "");
+  file.AddSection("Old"_t);
+  EXPECT_TRUE(file.Load(Text(path), true));
+  EXPECT_EQ(ContentOf(file), "Old{}");
+  EXPECT_TRUE(file.Load(Text(path)));
+  EXPECT_EQ(ContentOf(file), "");
 }
 
-TYPED_TEST(IniFile, KeepsCarriageReturnsThatATextFileWouldLose) {
-  const std::string path = this->folder_ / "a.ini";
-  this->file_.SetKeyValue("Main"_t, "[k"_t, "a\rb"_t);
-  EXPECT_TRUE(this->Save(path));
+TEST_F(IniFile, CarriageReturnsAreKeptAsInABinaryFile) {
+  const std::string path = folder / "a.ini";
+  file.SetKeyValue("Main"_t, "[k"_t, "a\rb"_t);
+  EXPECT_TRUE(Save(path));
   EXPECT_EQ(BytesOf(path), "[Main]\n[k=a\rb\n");
-  EXPECT_TRUE(this->Load(path));
-  EXPECT_EQ(ContentOf(this->file_), "Main{[k=a\\d;b}");
+  EXPECT_TRUE(Load(path));
+  EXPECT_EQ(ContentOf(file), "Main{[k=a\\d;b}");
 }
 
-TYPED_TEST(IniFile, SavingTruncatesALongerFileInPlace) {
-  const std::string path = this->folder_ / "a.ini";
-  const std::string other_name = this->folder_ / "b.ini";
+TEST_F(IniFile, SavingTruncatesALongerFileInPlace) {
+  const std::string path = folder / "a.ini";
+  const std::string other_name = folder / "b.ini";
   WriteBytes(path, std::string(1000, 'x'));
   ASSERT_EQ(link(path.c_str(), other_name.c_str()), 0);
-  this->file_.SetKeyValue("Main"_t, "k"_t, "v"_t);
-  EXPECT_TRUE(this->Save(path));
+  file.SetKeyValue("Main"_t, "k"_t, "v"_t);
+  EXPECT_TRUE(Save(path));
   EXPECT_EQ(BytesOf(other_name), "[Main]\nk=v\n");
 }
 
-TYPED_TEST(IniFile, SavingAnEmptyDocumentLeavesAnEmptyFile) {
-  const std::string path = this->folder_ / "a.ini";
+TEST_F(IniFile, SavingAnEmptyDocumentLeavesAnEmptyFile) {
+  const std::string path = folder / "a.ini";
   WriteBytes(path, "x");
-  EXPECT_TRUE(this->Save(path));
+  EXPECT_TRUE(Save(path));
   EXPECT_EQ(BytesOf(path), "");
 }
 
-TYPED_TEST(IniFile, SavesAndLoadsMoreThanABufferHolds) {
-  const std::string path = this->folder_ / "a.ini";
+TEST_F(IniFile, AFileLargerThanABufferIsSavedAndLoaded) {
+  const std::string path = folder / "a.ini";
   std::string bytes;
   for (int section = 10; section < 40; ++section) {
     const std::string name = "section " + std::to_string(section);
     bytes += '[' + name + "]\n";
-    this->file_.AddSection(Ascii(name));
+    file.AddSection(Text(name));
     for (int key = 100; key < 300; ++key) {
       const std::string key_name = "[key " + std::to_string(key);
       const std::string value(static_cast<std::size_t>(key % 70), 'v');
       bytes += key_name + '=' + value + '\n';
-      this->file_.SetKeyValue(Ascii(name), Ascii(key_name), Ascii(value));
+      file.SetKeyValue(Text(name), Text(key_name), Text(value));
     }
   }
-  EXPECT_TRUE(this->Save(path));
+  EXPECT_TRUE(Save(path));
   EXPECT_EQ(BytesOf(path), bytes);
-  const std::string content = ContentOf(this->file_);
-  EXPECT_TRUE(this->Load(path));
-  EXPECT_EQ(ContentOf(this->file_), content);
+  const std::string content = ContentOf(file);
+  EXPECT_TRUE(Load(path));
+  EXPECT_EQ(ContentOf(file), content);
 }
 
-TYPED_TEST(IniFile, ANameEndsAtItsFirstNul) {
-  const std::string path = this->folder_ / "a.ini";
-  this->file_.AddSection("Main"_t);
-  EXPECT_TRUE(this->Save(path + std::string("\0.bak", 5)));
+TEST_F(IniFile, ANameEndsAtItsFirstNul) {
+  const std::string path = folder / "a.ini";
+  file.AddSection("Main"_t);
+  EXPECT_TRUE(Save(path + std::string("\0.bak", 5)));
   EXPECT_EQ(BytesOf(path), "[Main]\n");
-  EXPECT_TRUE(this->Load(path + std::string("\0.bak", 5)));
+  EXPECT_TRUE(Load(path + std::string("\0.bak", 5)));
 }
 
-TYPED_TEST(IniFile, AFileThatCannotBeOpenedLeavesTheDocument) {
-  const std::string file = this->folder_ / "file";
-  const std::string loop = this->folder_ / "loop";
-  WriteBytes(file, "[New]\n");
+TEST_F(IniFile, AFileThatCannotBeOpenedLeavesTheDocument) {
+  const std::string other = folder / "other";
+  const std::string loop = folder / "loop";
+  WriteBytes(other, "[New]\n");
   ASSERT_EQ(symlink("loop", loop.c_str()), 0);
-  this->file_.SetKeyValue("Main"_t, "k"_t, "v"_t);
+  file.SetKeyValue("Main"_t, "k"_t, "v"_t);
   for (const std::string& path :
-       {this->folder_ / "missing", this->folder_ / "missing/file",
-        file + "/below", loop, this->folder_ / std::string(300, 'n'),
-        std::string(5000, 'n'), std::string()}) {
-    EXPECT_FALSE(this->Load(path)) << path;
-    EXPECT_FALSE(this->Load(path, true)) << path;
-    EXPECT_EQ(ContentOf(this->file_), "Main{k=v}");
-  }
-}
-
-TYPED_TEST(IniFile, AFileThatCannotBeOpenedIsNotWritten) {
-  const std::string file = this->folder_ / "file";
-  const std::string loop = this->folder_ / "loop";
-  WriteBytes(file, "kept");
-  ASSERT_EQ(symlink("loop", loop.c_str()), 0);
-  this->file_.AddSection("Main"_t);
-  for (const std::string& path :
-       {this->folder_ / "missing/file", file + "/below", loop,
-        this->folder_ / "", this->folder_ / std::string(300, 'n'),
+       {folder / "missing", folder / "missing/file", other + "/below", loop,
+        folder / std::string(300, 'n'), std::string(5000, 'n'),
         std::string()}) {
-    EXPECT_FALSE(this->Save(path)) << path;
+    EXPECT_FALSE(Load(path)) << path;
+    EXPECT_FALSE(Load(path, true)) << path;
+    EXPECT_EQ(ContentOf(file), "Main{k=v}");
   }
-  EXPECT_EQ(BytesOf(file), "kept");
-  struct stat missing;
-  EXPECT_NE(stat((this->folder_ / "missing").c_str(), &missing), 0);
 }
 
-TYPED_TEST(IniFile, WithoutAFreeDescriptorNothingIsOpened) {
-  const std::string path = this->folder_ / "a.ini";
+TEST_F(IniFile, AFileThatCannotBeOpenedIsNotWritten) {
+  const std::string other = folder / "other";
+  const std::string loop = folder / "loop";
+  WriteBytes(other, "kept");
+  ASSERT_EQ(symlink("loop", loop.c_str()), 0);
+  file.AddSection("Main"_t);
+  for (const std::string& path :
+       {folder / "missing/file", other + "/below", loop, folder / "",
+        folder / std::string(300, 'n'), std::string()}) {
+    EXPECT_FALSE(Save(path)) << path;
+  }
+  EXPECT_EQ(BytesOf(other), "kept");
+  struct stat missing;
+  EXPECT_NE(stat((folder / "missing").c_str(), &missing), 0);
+}
+
+TEST_F(IniFile, WithoutAFreeDescriptorNothingIsOpened) {
+  const std::string path = folder / "a.ini";
   WriteBytes(path, "[New]\n");
-  this->file_.AddSection("Main"_t);
+  file.AddSection("Main"_t);
   // UndefinedBehaviorSanitizer needs a descriptor to look at `this`.
-  auto& file = this->file_;
-  const auto name = Text<typename TypeParam::Char>(path);
+  File& document = file;
+  const auto name = Text(path);
   const int lowest_free = dup(0);
   ASSERT_GE(lowest_free, 0);
   close(lowest_free);
@@ -158,293 +156,42 @@ TYPED_TEST(IniFile, WithoutAFreeDescriptorNothingIsOpened) {
   rlimit none = former;
   none.rlim_cur = static_cast<rlim_t>(lowest_free);
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-  const bool loaded = file.Load(name);
-  const bool saved = file.Save(name);
+  const bool loaded = document.Load(name);
+  const bool saved = document.Save(name);
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
   EXPECT_FALSE(loaded);
   EXPECT_FALSE(saved);
-  EXPECT_EQ(ContentOf(this->file_), "Main{}");
+  EXPECT_EQ(ContentOf(file), "Main{}");
   EXPECT_EQ(BytesOf(path), "[New]\n");
 }
 
-TYPED_TEST(IniFile, ADirectoryOpensAndGivesNoLines) {
-  this->file_.AddSection("Main"_t);
-  EXPECT_TRUE(this->Load(this->folder_ / "", true));
-  EXPECT_EQ(ContentOf(this->file_), "Main{}");
-  EXPECT_TRUE(this->Load(this->folder_ / ""));
-  EXPECT_EQ(ContentOf(this->file_), "");
+TEST_F(IniFile, ADirectoryOpensAndGivesNoLines) {
+  file.AddSection("Main"_t);
+  EXPECT_TRUE(Load(folder / "", true));
+  EXPECT_EQ(ContentOf(file), "Main{}");
+  EXPECT_TRUE(Load(folder / ""));
+  EXPECT_EQ(ContentOf(file), "");
 }
 
-TYPED_TEST(IniFile, AFullDiskIsNotToldByTheResult) {
+TEST_F(IniFile, AFullDiskDoesNotMakeASaveFail) {
   for (const std::size_t size : {1u, 20u, 200000u}) {
-    this->file_.SetKeyValue("Main"_t, "k"_t, Ascii(std::string(size, 'v')));
-    EXPECT_TRUE(this->Save("/dev/full"));
+    file.SetKeyValue("Main"_t, "k"_t, Text(std::string(size, 'v')));
+    EXPECT_TRUE(Save("/dev/full"));
   }
 }
 
-TYPED_TEST(IniFile, FilesAreClosed) {
-  const std::string path = this->folder_ / "a.ini";
+TEST_F(IniFile, FilesAreClosed) {
+  const std::string path = folder / "a.ini";
   const int before = dup(0);
   close(before);
   for (int i = 0; i < 3; ++i) {
-    EXPECT_TRUE(this->Save(path));
-    EXPECT_TRUE(this->Load(path));
+    EXPECT_TRUE(Save(path));
+    EXPECT_TRUE(Load(path));
   }
   const int after = dup(0);
   close(after);
   EXPECT_EQ(after, before);
 }
 
-TEST(IniFileName, NarrowNamesAreOpenedAsTheyAre) {
-  const Folder folder;
-  const std::string path = folder / "\xFF\xD0\x96.ini";
-  korvan::CIniFileA file;
-  file.AddSection("Main");
-  EXPECT_TRUE(file.Save(path));
-  EXPECT_EQ(BytesOf(path), "[Main]\n");
-  EXPECT_TRUE(file.Load(path));
-  EXPECT_EQ(ContentOf(file), "Main{}");
-}
-
-TEST(IniFileName, WideNamesAreConvertedAndMayLoseTheirEnd) {
-  const CLocale locale("C.UTF-8");
-  const Folder folder;
-  const std::string base = folder / "";
-  const std::wstring wide_base(base.begin(), base.end());
-  korvan::CIniFileW file;
-  file.AddSection(L"Main");
-  // The converted name has as many bytes as the wide one has characters, so a
-  // letter of two bytes pushes out the last one.
-  EXPECT_TRUE(file.Save(wide_base + L"\u0416ab"));
-  EXPECT_EQ(BytesOf(folder / "\xD0\x96"
-                             "a"),
-            "[Main]\n");
-  file.RemoveAllSections();
-  EXPECT_TRUE(file.Load(wide_base + L"\u0416ab"));
-  EXPECT_EQ(ContentOf(file), "Main{}");
-  // Here it is the letter itself: what is left names the folder.
-  EXPECT_FALSE(file.Save(wide_base + L"\u0416"));
-}
-
-TEST(IniFileEncoding, NarrowFilesKeepTheirBytesWhateverTheLocale) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  std::string bytes = "[\xD0\x96]\n[k=\xFF\x80\n";
-  WriteBytes(path, bytes);
-  for (const char* const name : {"C", "C.UTF-8", "ru_RU.KOI8-R"}) {
-    const CxxLocale locale(name);
-    korvan::CIniFileA file;
-    EXPECT_TRUE(file.Load(path));
-    EXPECT_EQ(ContentOf(file), "\\d0;\\96;{[k=\\ff;\\80;}");
-    EXPECT_TRUE(file.Save(folder / "b.ini"));
-    EXPECT_EQ(BytesOf(folder / "b.ini"), bytes);
-  }
-}
-
-// The conversion of narrow files is the global locale's too, if it has one.
-// This one knows no '!'.
-class Rot1 : public std::codecvt<char, char, std::mbstate_t> {
- protected:
-  bool do_always_noconv() const noexcept override { return false; }
-  int do_encoding() const noexcept override { return 1; }
-  result do_in(std::mbstate_t&, const char* from, const char* from_end,
-               const char*& from_next, char* to, char* to_end,
-               char*& to_next) const override {
-    return Shift(-1, from, from_end, from_next, to, to_end, to_next);
-  }
-  result do_out(std::mbstate_t&, const char* from, const char* from_end,
-                const char*& from_next, char* to, char* to_end,
-                char*& to_next) const override {
-    return Shift(+1, from, from_end, from_next, to, to_end, to_next);
-  }
-
- private:
-  static result Shift(int by, const char* from, const char* from_end,
-                      const char*& from_next, char* to, char* to_end,
-                      char*& to_next) {
-    for (; from != from_end && to != to_end && *from != '!'; ++from, ++to) {
-      *to = static_cast<char>(*from + by);
-    }
-    from_next = from;
-    to_next = to;
-    if (from == from_end) {
-      return ok;
-    }
-    return *from == '!' ? error : partial;
-  }
-};
-
-TEST(IniFileEncoding, NarrowFilesAreConvertedWhereTheLocaleConverts) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  const CxxLocale locale(std::locale(std::locale::classic(), new Rot1));
-  korvan::CIniFileA file;
-  file.SetKeyValue("Main", "[k", "v");
-  EXPECT_TRUE(file.Save(path));
-  {
-    const CxxLocale plain_locale("C");
-    EXPECT_EQ(BytesOf(path), "\\Nbjo^\v\\l>w\v");
-  }
-  EXPECT_TRUE(file.Load(path));
-  EXPECT_EQ(ContentOf(file), "Main{[k=v}");
-}
-
-TEST(IniFileEncoding, NarrowBytesThatTheLocaleRefusesEndFilesAsTheyEndStreams) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  const std::string plain_path = folder / "b.ini";
-  for (const std::size_t lines : {0u, 1u, 20u, 300u, 1000u, 3000u, 9000u}) {
-    std::string text = "[Main]\n";
-    for (std::size_t line = 0; line < lines; ++line) {
-      text += "[k" + std::to_string(1000000 + line) + "=value\n";
-    }
-    text += "[l= \n[m=v\n";  // the blank becomes '!'
-    for (char& character : text) {
-      ++character;
-    }
-    WriteBytes(path, text);
-    korvan::CIniFileA file;
-    {
-      const CxxLocale locale(std::locale(std::locale::classic(), new Rot1));
-      EXPECT_TRUE(file.Load(path));
-      PlainIni<char> plain;
-      std::ifstream input(path, std::ios_base::binary);
-      plain.Load(input, false);
-      EXPECT_EQ(ContentOf(file), ContentOf(plain)) << lines;
-
-      file.SetKeyValue("Main", "[l", "!");
-      file.SetKeyValue("Main", "[m", std::string(50000, 'm'));
-      EXPECT_TRUE(file.Save(path));
-      std::ofstream output(plain_path, std::ios_base::binary);
-      output << "[Main]"
-             << "\n";
-      for (const auto& entry : file.GetSection("Main")->GetKeys()) {
-        output << entry.first + "=" + entry.second->GetValue() << "\n";
-      }
-    }
-    EXPECT_EQ(BytesOf(path), BytesOf(plain_path)) << lines;
-  }
-}
-
-TEST(IniFileEncoding, WideFilesAreInTheGlobalLocalesEncoding) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  const std::wstring wide_path(path.begin(), path.end());
-  const struct {
-    const char* locale;
-    const char* bytes;
-  } cases[] = {{"C.UTF-8", "[\xD0\x96]\n[k=\xD1\x8F\n"},
-               {"ru_RU.KOI8-R", "[\xF6]\n[k=\xD1\n"},
-               {"ru_RU.CP1251", "[\xC6]\n[k=\xFF\n"}};
-  for (const auto& encoding : cases) {
-    const CxxLocale locale(encoding.locale);
-    korvan::CIniFileW file;
-    file.SetKeyValue(L"\u0416", L"[k", L"\u044F");
-    EXPECT_TRUE(file.Save(wide_path));
-    EXPECT_EQ(BytesOf(path), encoding.bytes);
-    EXPECT_TRUE(file.Load(wide_path));
-    EXPECT_EQ(ContentOf(file), "\\416;{[k=\\44f;}");
-  }
-}
-
-TEST(IniFileEncoding, AMarkOfTheEncodingIsACharacterOfTheFirstLine) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  WriteBytes(path, "\xEF\xBB\xBF[a]\n[k=v\n[b]\n");
-  const CxxLocale locale("C.UTF-8");
-  korvan::CIniFileA narrow;
-  EXPECT_TRUE(narrow.Load(path));
-  EXPECT_EQ(ContentOf(narrow), "b{}");
-  korvan::CIniFileW wide;
-  EXPECT_TRUE(wide.Load(std::wstring(path.begin(), path.end())));
-  EXPECT_EQ(ContentOf(wide), "b{}");
-}
-
-// Bytes that are no characters end the load, and what came before stays. How
-// much of the line they stand in is seen depends on where in the file they
-// are; the line reader decides.
-TEST(IniFileEncoding, UndecodableBytesEndAWideLoadAsTheyEndGetline) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  const std::wstring wide_path(path.begin(), path.end());
-  const CxxLocale locale("C.UTF-8");
-  const auto expect_agreement = [&](const std::string& bytes) {
-    WriteBytes(path, bytes);
-    korvan::CIniFileW file;
-    EXPECT_TRUE(file.Load(wide_path));
-    std::wifstream input(path, std::ios_base::in | std::ios_base::binary);
-    PlainIni<wchar_t> plain;
-    plain.Load(input, false);
-    EXPECT_EQ(ContentOf(file), ContentOf(plain)) << bytes.size();
-  };
-  std::vector<std::size_t> distances;
-  for (const std::size_t edge :
-       {5u, 14u, 1024u, 4096u, 8192u, 16384u, 32768u}) {
-    for (std::size_t i = 0; i < 9; ++i) {
-      distances.push_back(edge - 5 + i);
-    }
-  }
-  for (const std::size_t distance : distances) {
-    // A skipped line, then lines of letters of two bytes, cut anywhere.
-    std::string before = "[a]\n[b=c\n" + std::string(distance / 2, 'x') + '\n';
-    while (before.size() < distance) {
-      before += "[\xD0\x96=\xD0\x96\n";
-    }
-    for (const std::string_view fault : {"\xFF", "\xD0", "\xD0\x96\xFF"}) {
-      for (const std::size_t after : {0u, 1u, 9000u}) {
-        expect_agreement(before + "[k=v" + std::string(fault) +
-                         std::string(after, '\n') + "[l=w");
-      }
-      expect_agreement(before.substr(0, distance) + std::string(fault));
-    }
-  }
-}
-
-TEST(IniFileEncoding, AnUndecodableByteKeepsWhatCameBefore) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  WriteBytes(path, "[a]\n[k=v\n[l=\xFF\n[m=w\n" + std::string(20000, '\n'));
-  const CxxLocale locale("C.UTF-8");
-  korvan::CIniFileW file;
-  EXPECT_TRUE(file.Load(std::wstring(path.begin(), path.end())));
-  EXPECT_EQ(ContentOf(file), "a{[k=v}");
-}
-
-TEST(IniFileEncoding, ACharacterThatCannotBeConvertedEndsASaveAsItEndsAStream) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  const std::string plain_path = folder / "b.ini";
-  for (const std::size_t before :
-       {std::size_t{0}, std::size_t{1}, std::size_t{8180}, std::size_t{8185},
-        std::size_t{8186}, std::size_t{8187}, std::size_t{20000}}) {
-    korvan::CIniFileW file;
-    PlainIni<wchar_t> plain;
-    const auto set = [&](const std::wstring& key, const std::wstring& value) {
-      file.SetKeyValue(L"a", key, value);
-      plain.Set(L"a", key, value);
-    };
-    set(L"k", std::wstring(before, L'v'));
-    set(L"l", L"x\u0416y");
-    set(L"m", std::wstring(9000, L'w'));
-    set(L"n", L"z");
-    EXPECT_TRUE(file.Save(std::wstring(path.begin(), path.end())));
-    {
-      std::wofstream output(plain_path, std::ios_base::binary);
-      plain.Save(output);
-    }
-    EXPECT_EQ(BytesOf(path), BytesOf(plain_path)) << before;
-  }
-}
-
-TEST(IniFileEncoding, AConversionThatFailsWhenTheFileIsClosedIsNotThrown) {
-  const Folder folder;
-  const std::string path = folder / "a.ini";
-  korvan::CIniFileW file;
-  file.AddSection(L"\u0416");
-  bool saved = false;
-  EXPECT_NO_THROW(saved = file.Save(std::wstring(path.begin(), path.end())));
-  EXPECT_TRUE(saved);
-  EXPECT_EQ(BytesOf(path), "");
-}
-
 }  // namespace
+}  // namespace korvan::test

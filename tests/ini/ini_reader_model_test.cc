@@ -1,5 +1,5 @@
-// The reader beside a loop of std::getline: whatever the stream does, nobody
-// can tell the two apart.
+// The reader compared with a loop of std::getline: whatever the stream does,
+// nobody can tell the two apart.
 #include <korvan/ini_file.h>
 #include <rapidcheck.h>
 
@@ -7,8 +7,11 @@
 #include <vector>
 
 #include "ini/hostile_buffers.h"
-#include "ini/ini_twins.h"
+#include "ini/shown.h"
+#include "ini/width.h"
+#include "support/settings.h"
 
+namespace korvan::test {
 namespace {
 
 constexpr std::ios_base::iostate kMasks[] = {
@@ -22,17 +25,13 @@ constexpr std::ios_base::iostate kMasks[] = {
     std::ios_base::badbit | std::ios_base::eofbit | std::ios_base::failbit};
 
 // A document to merge into, or to be replaced.
-template <class Char, class File>
-std::string LoadOver(const LoadCase<Char>& load, File& file) {
-  LoadCase<Char> before;
+template <class AnyFile>
+std::string LoadOver(const LoadCase& load, AnyFile& file) {
+  LoadCase before;
   before.text = "[Main]\n[k=old\n[Old]\n[q=1\n"_t;
   Load(before, file);
   return Load(load, file);
 }
-
-template <class Twin>
-class IniReaderModel : public testing::Test {};
-TYPED_TEST_SUITE(IniReaderModel, Twins, TwinNames);
 
 // `[k=]` cut anywhere, blanks that a cut leaves at a line's ends, a last line
 // without an end: with each text every fault falls at every character.
@@ -44,26 +43,40 @@ constexpr std::string_view kTexts[] = {
     "\n\n[\n]\n[]\n[] \n[ ]=\n=[\n",
 };
 
-TYPED_TEST(IniReaderModel, AgreesWithEveryFaultAtEveryCharacter) {
+TEST(IniReaderModel, TheReaderMeetsAFaultAtAnyCharacterAsGetlineDoes) {
   for (const std::string_view text : kTexts) {
-    for (const std::vector<std::size_t>& pieces :
-         {std::vector<std::size_t>{}, {1}, {0}, {2}, {5}, {11}, {1, 0, 9}}) {
-      for (std::size_t fault = 0; fault <= text.size() + 1; ++fault) {
-        for (const auto exceptions : kMasks) {
-          LoadCase<typename TypeParam::Char> load;
-          load.text = Ascii(text);
-          load.pieces = pieces;
-          load.fault = fault <= text.size() ? fault : kNever;
-          load.exceptions = exceptions;
-          load.merge = fault % 2 == 0;
-          load.tied = fault % 3 == 0;
-          typename TypeParam::File file;
-          PlainIni<typename TypeParam::Char> plain;
-          ASSERT_EQ(LoadOver(load, file), LoadOver(load, plain))
-              << text << "\nfault at " << fault << ", mask"
-              << Shown(exceptions);
-        }
-      }
+    std::vector<LoadCase> loads = {{}};
+    loads.front().text = Text(text);
+    Vary(loads, &LoadCase::pieces, {{}, {1}, {0}, {2}, {5}, {11}, {1, 0, 9}});
+    Vary(loads, &LoadCase::fault, NumbersUpTo(text.size()));
+    Vary(loads, &LoadCase::exceptions,
+         std::vector(std::begin(kMasks), std::end(kMasks)));
+    for (LoadCase& load : loads) {
+      load.merge = load.fault % 2 == 0;
+      load.tied = load.fault % 3 == 0;
+      File file;
+      PlainFile plain;
+      ASSERT_EQ(LoadOver(load, file), LoadOver(load, plain))
+          << text << "\nfault at " << load.fault << ", mask"
+          << Shown(load.exceptions);
+    }
+  }
+}
+
+TEST(IniReaderModel, TheReaderLooksLikeGetlineWithoutAFault) {
+  for (const std::string_view text : kTexts) {
+    std::vector<LoadCase> loads = {{}};
+    loads.front().text = Text(text);
+    Vary(loads, &LoadCase::pieces, {{}, {1}, {0}, {2}, {5}, {11}, {1, 0, 9}});
+    Vary(loads, &LoadCase::exceptions,
+         std::vector(std::begin(kMasks), std::end(kMasks)));
+    Vary(loads, &LoadCase::merge, {false, true});
+    Vary(loads, &LoadCase::tied, {false, true});
+    for (const LoadCase& load : loads) {
+      File file;
+      PlainFile plain;
+      ASSERT_EQ(LoadOver(load, file), LoadOver(load, plain))
+          << text << "\nmask" << Shown(load.exceptions);
     }
   }
 }
@@ -84,10 +97,10 @@ rc::Gen<std::string> AnyText() {
       });
 }
 
-TYPED_TEST(IniReaderModel, AgreesOnAnyTextInAnyPieces) {
+TEST(IniReaderModel, TheReaderLooksLikeGetlineOnAnyTextInAnyPieces) {
   const bool holds = rc::check([] {
-    LoadCase<typename TypeParam::Char> load;
-    load.text = Ascii(*AnyText());
+    LoadCase load;
+    load.text = Text(*AnyText());
     load.pieces = *rc::gen::container<std::vector<std::size_t>>(
         rc::gen::inRange<std::size_t>(0, 60));
     load.fault = *rc::gen::weightedElement<std::size_t>(
@@ -96,15 +109,15 @@ TYPED_TEST(IniReaderModel, AgreesOnAnyTextInAnyPieces) {
         std::begin(kMasks), std::end(kMasks)));
     load.merge = *rc::gen::arbitrary<bool>();
     load.tied = *rc::gen::weightedElement<bool>({{4, false}, {1, true}});
-    typename TypeParam::File file;
-    PlainIni<typename TypeParam::Char> plain;
+    File file;
+    PlainFile plain;
     RC_ASSERT(LoadOver(load, file) == LoadOver(load, plain));
   });
   EXPECT_TRUE(holds);
 }
 
 // Long enough that lines are cut by the buffers of the standard streams, too.
-TYPED_TEST(IniReaderModel, AgreesOnLongTexts) {
+TEST(IniReaderModel, TheReaderLooksLikeGetlineOnLongTexts) {
   const bool holds = rc::check([] {
     std::string text;
     const auto lengths = *rc::gen::container<std::vector<std::size_t>>(
@@ -115,14 +128,15 @@ TYPED_TEST(IniReaderModel, AgreesOnLongTexts) {
           "[" + filler + "]\n", "[k=" + filler + "\n", "[" + filler + "=v\n",
           "#" + filler + "\n", "[k=" + filler + "]\r\n", filler);
     }
-    LoadCase<typename TypeParam::Char> load;
-    load.text = Ascii(text);
+    LoadCase load;
+    load.text = Text(text);
     load.pieces = {*rc::gen::inRange<std::size_t>(1, 9000)};
-    typename TypeParam::File file;
-    PlainIni<typename TypeParam::Char> plain;
+    File file;
+    PlainFile plain;
     RC_ASSERT(Load(load, file) == Load(load, plain));
   });
   EXPECT_TRUE(holds);
 }
 
 }  // namespace
+}  // namespace korvan::test

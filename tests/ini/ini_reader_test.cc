@@ -6,23 +6,22 @@
 #include <thread>
 
 #include "ini/hostile_buffers.h"
-#include "ini/ini_twins.h"
+#include "ini/shown.h"
+#include "ini/width.h"
 
+namespace korvan::test {
 namespace {
 
-template <class Twin>
-class IniReader : public testing::Test {
- protected:
+struct IniReader : testing::Test {
   std::string Loaded(std::string_view text, bool merge = false) {
-    auto input = Input<typename Twin::Char>(text);
-    file_.Load(input, merge);
+    StringInput input(Text(text));
+    file.Load(input, merge);
     EXPECT_TRUE(input.fail());
-    return ContentOf(file_);
+    return ContentOf(file);
   }
 
-  typename Twin::File file_;
+  File file;
 };
-TYPED_TEST_SUITE(IniReader, Twins, TwinNames);
 
 struct LineCase {
   std::string_view line;
@@ -93,7 +92,7 @@ constexpr LineCase kLines[] = {
     {std::string_view("\0[k=v", 6), "s{}"},
 };
 
-TYPED_TEST(IniReader, ReadsLinesByTheirKinds) {
+TEST_F(IniReader, EachLineIsReadByItsKind) {
   for (const LineCase& line : kLines) {
     // With and without a line feed; whole in the buffer and cut by it.
     for (const std::string_view end : {"", "\n", "\r\n", "\n\n"}) {
@@ -101,203 +100,199 @@ TYPED_TEST(IniReader, ReadsLinesByTheirKinds) {
           "[s]\n" + std::string(line.line) + std::string(end);
       for (const std::size_t size : {kNever / 2, std::size_t{1}, std::size_t{0},
                                      std::size_t{7}, text.size() - 1}) {
-        LoadCase<typename TypeParam::Char> load;
+        LoadCase load;
         // Not by Text: bytes of 0x80 and more are to stay what they are.
         for (const char byte : text) {
-          load.text += static_cast<typename TypeParam::Char>(
-              sizeof(typename TypeParam::Char) == 1
-                  ? byte
-                  : static_cast<unsigned char>(byte));
+          load.text += static_cast<Char>(
+              sizeof(Char) == 1 ? byte : static_cast<unsigned char>(byte));
         }
         load.pieces = {size};
-        typename TypeParam::File file;
-        const std::string seen = Load(load, file);
-        EXPECT_EQ(ContentOf(file), line.content)
+        File loaded;
+        const std::string seen = Load(load, loaded);
+        EXPECT_EQ(ContentOf(loaded), line.content)
             << '"' << line.line << "\", pieces of " << size << ": " << seen;
       }
     }
   }
 }
 
-TYPED_TEST(IniReader, NothingGivesAnEmptyDocument) {
-  EXPECT_EQ(this->Loaded(""), "");
-  EXPECT_EQ(this->Loaded("\n\n \n\r\n"), "");
+TEST_F(IniReader, AnEmptyTextGivesAnEmptyDocument) {
+  EXPECT_EQ(Loaded(""), "");
+  EXPECT_EQ(Loaded("\n\n \n\r\n"), "");
 }
 
-TYPED_TEST(IniReader, KeysGoToTheSectionOfTheLastHeader) {
-  EXPECT_EQ(this->Loaded("[b]\n[x=1\n[a]\n[y=2\n[z=3\n[B]\n[w=4\n"),
+TEST_F(IniReader, KeysGoToTheSectionOfTheLastHeader) {
+  EXPECT_EQ(Loaded("[b]\n[x=1\n[a]\n[y=2\n[z=3\n[B]\n[w=4\n"),
             "a{[y=2|[z=3} b{[w=4|[x=1}");
 }
 
-TYPED_TEST(IniReader, KeysBeforeTheFirstHeaderAreDropped) {
-  EXPECT_EQ(this->Loaded("[k=v\n[Main]\n[l=w\n"), "Main{[l=w}");
-  EXPECT_EQ(this->Loaded("[k=v\n[Main]=1\n", true), "Main{[l=w}");
+TEST_F(IniReader, KeysBeforeTheFirstHeaderAreDropped) {
+  EXPECT_EQ(Loaded("[k=v\n[Main]\n[l=w\n"), "Main{[l=w}");
+  EXPECT_EQ(Loaded("[k=v\n[Main]=1\n", true), "Main{[l=w}");
 }
 
-TYPED_TEST(IniReader, TheSectionOfAnEarlierLoadIsNoCurrentSection) {
-  this->Loaded("[Main]\n");
-  EXPECT_EQ(this->Loaded("[k=v\n", true), "Main{}");
+TEST_F(IniReader, TheSectionOfAnEarlierLoadIsNoCurrentSection) {
+  Loaded("[Main]\n");
+  EXPECT_EQ(Loaded("[k=v\n", true), "Main{}");
 }
 
-TYPED_TEST(IniReader, ARepeatedHeaderContinuesItsSection) {
-  EXPECT_EQ(this->Loaded("[Main]\n[a=1\n[Other]\n[MAIN]\n[b=2\n"),
+TEST_F(IniReader, ARepeatedHeaderContinuesItsSection) {
+  EXPECT_EQ(Loaded("[Main]\n[a=1\n[Other]\n[MAIN]\n[b=2\n"),
             "Main{[a=1|[b=2} Other{}");
 }
 
-TYPED_TEST(IniReader, TheLastValueOfAKeyWinsAndTheFirstSpelling) {
-  EXPECT_EQ(this->Loaded("[Main]\n[k=1\n[K=2\n"), "Main{[k=2}");
+TEST_F(IniReader, TheLastValueOfAKeyWinsAndTheFirstSpelling) {
+  EXPECT_EQ(Loaded("[Main]\n[k=1\n[K=2\n"), "Main{[k=2}");
 }
 
-TYPED_TEST(IniReader, EveryLineEndsAtALineFeedAndNothingElse) {
-  EXPECT_EQ(this->Loaded("[a]\r[b]\n"), "a]\\d;[b{}");
-  EXPECT_EQ(this->Loaded("[a]\n\r[b]\n[c]"), "a{} c{}");
-  EXPECT_EQ(this->Loaded("[a]\v[b]\f\n"), "");
+TEST_F(IniReader, EveryLineEndsAtALineFeedAndNothingElse) {
+  EXPECT_EQ(Loaded("[a]\r[b]\n"), "a]\\d;[b{}");
+  EXPECT_EQ(Loaded("[a]\n\r[b]\n[c]"), "a{} c{}");
+  EXPECT_EQ(Loaded("[a]\v[b]\f\n"), "");
 }
 
-TYPED_TEST(IniReader, ReplacingDestroysWhatWasThere) {
-  this->file_.SetKeyValue("Old"_t, "k"_t, "v"_t);
-  EXPECT_EQ(this->Loaded("[New]\n"), "New{}");
-  EXPECT_EQ(this->Loaded(""), "");
+TEST_F(IniReader, ReplacingDestroysWhatWasThere) {
+  file.SetKeyValue("Old"_t, "k"_t, "v"_t);
+  EXPECT_EQ(Loaded("[New]\n"), "New{}");
+  EXPECT_EQ(Loaded(""), "");
 }
 
-TYPED_TEST(IniReader, MergingKeepsObjectsAndReplacesValues) {
-  auto* const section = this->file_.AddSection("Main"_t);
+TEST_F(IniReader, MergingKeepsObjectsAndReplacesValues) {
+  Section* const section = file.AddSection("Main"_t);
   section->SetKeyValue("[k"_t, "1"_t);
   section->SetKeyValue("l"_t, "2"_t);
-  auto* const key = section->GetKey("[k"_t);
-  this->file_.AddSection("Other"_t);
-  EXPECT_EQ(this->Loaded("[MAIN]\n[K=3\n[m=4\n[New]\n", true),
+  Key* const key = section->GetKey("[k"_t);
+  file.AddSection("Other"_t);
+  EXPECT_EQ(Loaded("[MAIN]\n[K=3\n[m=4\n[New]\n", true),
             "Main{[k=3|[m=4|l=2} New{} Other{}");
-  EXPECT_EQ(this->file_.GetSection("Main"_t), section);
+  EXPECT_EQ(file.GetSection("Main"_t), section);
   EXPECT_EQ(section->GetKey("[k"_t), key);
 }
 
-TYPED_TEST(IniReader, MergingNothingChangesNothing) {
-  this->file_.SetKeyValue("Main"_t, "k"_t, "v"_t);
-  EXPECT_EQ(this->Loaded("", true), "Main{k=v}");
+TEST_F(IniReader, MergingNothingChangesNothing) {
+  file.SetKeyValue("Main"_t, "k"_t, "v"_t);
+  EXPECT_EQ(Loaded("", true), "Main{k=v}");
 }
 
-TYPED_TEST(IniReader, MergeIsFalseUnlessAskedFor) {
-  this->file_.AddSection("Old"_t);
-  auto input = Input<typename TypeParam::Char>("[New]\n");
-  this->file_.Load(input);
-  EXPECT_EQ(ContentOf(this->file_), "New{}");
+TEST_F(IniReader, ALoadReplacesUnlessAskedToMerge) {
+  file.AddSection("Old"_t);
+  StringInput input("[New]\n"_t);
+  file.Load(input);
+  EXPECT_EQ(ContentOf(file), "New{}");
 }
 
-TYPED_TEST(IniReader, TheOperatorReplacesAndGivesTheStreamBack) {
-  this->file_.AddSection("Old"_t);
-  auto input = Input<typename TypeParam::Char>("[New]\n");
-  EXPECT_EQ(&(input >> this->file_), &input);
-  EXPECT_EQ(ContentOf(this->file_), "New{}");
+TEST_F(IniReader, TheOperatorReplacesAndGivesTheStreamBack) {
+  file.AddSection("Old"_t);
+  StringInput input("[New]\n"_t);
+  EXPECT_EQ(&(input >> file), &input);
+  EXPECT_EQ(ContentOf(file), "New{}");
 }
 
-TYPED_TEST(IniReader, TheOperatorMergesWithASelector) {
-  this->file_.AddSection("Old"_t);
-  auto input = Input<typename TypeParam::Char>("[New]\n");
-  const typename TypeParam::Merge merge(this->file_);
+TEST_F(IniReader, TheOperatorMergesWithASelector) {
+  file.AddSection("Old"_t);
+  StringInput input("[New]\n"_t);
+  const Merge merge(file);
   EXPECT_EQ(&(input >> merge), &input);
-  EXPECT_EQ(ContentOf(this->file_), "New{} Old{}");
+  EXPECT_EQ(ContentOf(file), "New{} Old{}");
 }
 
-TYPED_TEST(IniReader, TheStreamIsLeftFailedAtItsEnd) {
+TEST_F(IniReader, TheStreamIsLeftFailedAtItsEnd) {
   for (const std::string_view text : {"", "[a]", "[a]\n", "x\n\n"}) {
-    auto input = Input<typename TypeParam::Char>(text);
-    input >> this->file_;
+    StringInput input(Text(text));
+    input >> file;
     EXPECT_EQ(Shown(input.rdstate()), " eof fail") << text;
   }
 }
 
-TYPED_TEST(IniReader, AFailedStreamGivesNothingAndStaysAsItIs) {
+TEST_F(IniReader, AFailedStreamGivesNothingAndStaysAsItIs) {
   for (const auto state : {std::ios_base::failbit, std::ios_base::badbit,
                            std::ios_base::failbit | std::ios_base::badbit}) {
-    auto input = Input<typename TypeParam::Char>("[New]\n");
+    StringInput input("[New]\n"_t);
     input.setstate(state);
-    this->file_.AddSection("Old"_t);
-    input >> typename TypeParam::Merge(this->file_);
-    EXPECT_EQ(ContentOf(this->file_), "Old{}");
-    input >> this->file_;
-    EXPECT_EQ(ContentOf(this->file_), "");
+    file.AddSection("Old"_t);
+    input >> Merge(file);
+    EXPECT_EQ(ContentOf(file), "Old{}");
+    input >> file;
+    EXPECT_EQ(ContentOf(file), "");
     EXPECT_EQ(Shown(input.rdstate()), Shown(state | std::ios_base::failbit));
     input.clear();
     EXPECT_EQ(input.tellg(), std::streampos(0));
   }
 }
 
-TYPED_TEST(IniReader, AStreamAtItsEndGivesNothing) {
-  auto input = Input<typename TypeParam::Char>("[New]\n");
+TEST_F(IniReader, AStreamAtItsEndGivesNothing) {
+  StringInput input("[New]\n"_t);
   input.setstate(std::ios_base::eofbit);
-  this->file_.AddSection("Old"_t);
-  input >> this->file_;
-  EXPECT_EQ(ContentOf(this->file_), "");
+  file.AddSection("Old"_t);
+  input >> file;
+  EXPECT_EQ(ContentOf(file), "");
   EXPECT_EQ(Shown(input.rdstate()), " eof fail");
 }
 
-TYPED_TEST(IniReader, AStreamWithoutABufferGivesNothing) {
-  std::basic_istream<typename TypeParam::Char> input(nullptr);
-  this->file_.AddSection("Old"_t);
-  input >> this->file_;
-  EXPECT_EQ(ContentOf(this->file_), "");
+TEST_F(IniReader, AStreamWithoutABufferGivesNothing) {
+  InputStream input(nullptr);
+  file.AddSection("Old"_t);
+  input >> file;
+  EXPECT_EQ(ContentOf(file), "");
   EXPECT_EQ(Shown(input.rdstate()), " bad fail");
 }
 
-TYPED_TEST(IniReader, TheStreamsGcountIsNotTouched) {
-  auto input = Input<typename TypeParam::Char>("#[a]\n[b]\n");
+TEST_F(IniReader, ALoadLeavesTheGcountOfTheStream) {
+  StringInput input("#[a]\n[b]\n"_t);
   input.get();
-  input >> this->file_;
-  EXPECT_EQ(ContentOf(this->file_), "a{} b{}");
+  input >> file;
+  EXPECT_EQ(ContentOf(file), "a{} b{}");
   EXPECT_EQ(input.gcount(), 1);
 }
 
-TYPED_TEST(IniReader, TheWidthOfAStreamDoesNotMatter) {
-  auto input = Input<typename TypeParam::Char>("[Main]\n[k=v\n");
+TEST_F(IniReader, ALoadIgnoresTheWidthOfTheStream) {
+  StringInput input("[Main]\n[k=v\n"_t);
   input.width(2);
-  input >> this->file_;
-  EXPECT_EQ(ContentOf(this->file_), "Main{[k=v}");
+  input >> file;
+  EXPECT_EQ(ContentOf(file), "Main{[k=v}");
   EXPECT_EQ(input.width(), 2);
 }
 
-TYPED_TEST(IniReader, AStreamThatThrowsAtItsEndLeavesWhatWasRead) {
+TEST_F(IniReader, AStreamThatThrowsAtItsEndLeavesWhatWasRead) {
   for (const auto exceptions :
        {std::ios_base::eofbit, std::ios_base::failbit,
         std::ios_base::eofbit | std::ios_base::failbit}) {
-    auto input = Input<typename TypeParam::Char>("[Main]\n[k=v\n");
+    StringInput input("[Main]\n[k=v\n"_t);
     input.exceptions(exceptions);
-    EXPECT_THROW(input >> this->file_, std::ios_base::failure);
-    EXPECT_EQ(ContentOf(this->file_), "Main{[k=v}");
+    EXPECT_THROW(input >> file, std::ios_base::failure);
+    EXPECT_EQ(ContentOf(file), "Main{[k=v}");
   }
 }
 
-TYPED_TEST(IniReader, WhatComesAfterATerminalsEndIsReadByTheNextLoad) {
+TEST_F(IniReader, WhatComesAfterATerminalsEndIsReadByTheNextLoad) {
   // A buffer may give its end and then go on, as a terminal does.
-  class Pausing : public std::basic_streambuf<typename TypeParam::Char> {
+  class Pausing : public StreamBuffer {
    protected:
-    typename std::char_traits<typename TypeParam::Char>::int_type underflow()
-        override {
+    Traits::int_type underflow() override {
       paused_ = !paused_;
       if (!paused_) {
-        return std::char_traits<typename TypeParam::Char>::eof();
+        return Traits::eof();
       }
-      this->setg(text_.data(), text_.data(), text_.data() + text_.size());
-      return std::char_traits<typename TypeParam::Char>::to_int_type(text_[0]);
+      setg(text_.data(), text_.data(), text_.data() + text_.size());
+      return Traits::to_int_type(text_[0]);
     }
 
    private:
-    std::basic_string<typename TypeParam::Char> text_ = "[Main]\n[k=v"_t;
+    String text_ = "[Main]\n[k=v"_t;
     bool paused_ = false;
   };
   Pausing buffer;
-  std::basic_istream<typename TypeParam::Char> input(&buffer);
-  input >> this->file_;
-  EXPECT_EQ(ContentOf(this->file_), "Main{[k=v}");
+  InputStream input(&buffer);
+  input >> file;
+  EXPECT_EQ(ContentOf(file), "Main{[k=v}");
   EXPECT_EQ(Shown(input.rdstate()), " eof fail");
-  this->file_.RemoveAllSections();
+  file.RemoveAllSections();
   input.clear();
-  input >> this->file_;
-  EXPECT_EQ(ContentOf(this->file_), "Main{[k=v}");
+  input >> file;
+  EXPECT_EQ(ContentOf(file), "Main{[k=v}");
 }
 
 // A stream may widen the line feed to any character.
-template <class Char>
 class Semicolon : public std::ctype<Char> {
  protected:
   Char do_widen(char character) const override {
@@ -313,88 +308,63 @@ class Semicolon : public std::ctype<Char> {
   }
 };
 
-TYPED_TEST(IniReader, LinesEndAtTheStreamsOwnLineFeed) {
-  using Char = typename TypeParam::Char;
+TEST_F(IniReader, LinesEndAtTheStreamsOwnLineFeed) {
   for (const std::size_t size : {std::size_t{100}, std::size_t{3}}) {
-    PiecewiseInput<Char> buffer("[a];[b]\n;[k=1\n2\n;[c]"_t, {size}, kNever);
-    std::basic_istream<Char> input(&buffer);
-    input.imbue(std::locale(std::locale::classic(), new Semicolon<Char>));
-    input >> this->file_;
-    EXPECT_EQ(ContentOf(this->file_), "a{} b{[k=1\\a;2} c{}");
+    PiecewiseInput buffer("[a];[b]\n;[k=1\n2\n;[c]"_t, {size}, kNever);
+    InputStream input(&buffer);
+    input.imbue(std::locale(std::locale::classic(), new Semicolon));
+    input >> file;
+    EXPECT_EQ(ContentOf(file), "a{} b{[k=1\\a;2} c{}");
   }
 }
 
-TYPED_TEST(IniReader, ALineFeedThatEndsNoLineIsStillBlankAfterAHeader) {
-  using Char = typename TypeParam::Char;
+TEST_F(IniReader, ALineFeedThatEndsNoLineIsStillBlankAfterAHeader) {
   for (const std::size_t size : {100u, 6u, 1u}) {
-    PiecewiseInput<Char> buffer("[a]\n ;[k=1\n ;[l=2]\n ;"_t, {size}, kNever);
-    std::basic_istream<Char> input(&buffer);
-    input.imbue(std::locale(std::locale::classic(), new Semicolon<Char>));
-    input >> this->file_;
-    EXPECT_EQ(ContentOf(this->file_), "a]\\a;{[k=1\\a; } l=2]\\a;{}") << size;
+    PiecewiseInput buffer("[a]\n ;[k=1\n ;[l=2]\n ;"_t, {size}, kNever);
+    InputStream input(&buffer);
+    input.imbue(std::locale(std::locale::classic(), new Semicolon));
+    input >> file;
+    EXPECT_EQ(ContentOf(file), "a]\\a;{[k=1\\a; } l=2]\\a;{}") << size;
   }
 }
 
-TYPED_TEST(IniReader, ATiedStreamIsFlushedBeforeEachLine) {
-  auto input = Input<typename TypeParam::Char>("[a]\n[k=v\n#\n");
-  LimitedOutput<typename TypeParam::Char> buffer;
-  std::basic_ostream<typename TypeParam::Char> tied(&buffer);
+TEST_F(IniReader, ATiedStreamIsFlushedBeforeEachLine) {
+  StringInput input("[a]\n[k=v\n#\n"_t);
+  LimitedOutput buffer;
+  OutputStream tied(&buffer);
   input.tie(&tied);
-  input >> this->file_;
+  input >> file;
   EXPECT_EQ(buffer.flushes(), 4);  // for the end, too
-  EXPECT_EQ(ContentOf(this->file_), "a{[k=v}");
+  EXPECT_EQ(ContentOf(file), "a{[k=v}");
 }
 
-TYPED_TEST(IniReader, LongLinesAreReadWhole) {
+TEST_F(IniReader, LongLinesAreReadWhole) {
   const std::string name(70000, 'n');
   const std::string value(300000, 'v');
-  EXPECT_EQ(this->Loaded("[" + name + "]\n[" + name + "=" + value + "\n"),
+  EXPECT_EQ(Loaded("[" + name + "]\n[" + name + "=" + value + "\n"),
             name + "{[" + name + "=" + value + "}");
-  LoadCase<typename TypeParam::Char> load;
-  load.text = Ascii("[" + name + "]\n" + value + "\n[" + name + "=" + value +
-                    "\n[k=" + value + "]");
+  LoadCase load;
+  load.text = Text("[" + name + "]\n" + value + "\n[" + name + "=" + value +
+                   "\n[k=" + value + "]");
   load.pieces = {4096, 1, 0, 8191};
-  typename TypeParam::File file;
-  Load(load, file);
-  EXPECT_EQ(ContentOf(file),
+  File loaded;
+  Load(load, loaded);
+  EXPECT_EQ(ContentOf(loaded),
             "k=" + value + "{} " + name + "{[" + name + "=" + value + "}");
-}
-
-TEST(IniReaderWide, ACharacterThatEqualsTheEndOfTextIsTakenAsGetlineTakesIt) {
-  const auto end = static_cast<wchar_t>(WEOF);
-  for (std::size_t size = 0; size < 16; ++size) {
-    for (const std::wstring& text :
-         {std::wstring(L"[a]\n") + end + L"[b]\n[c]\n",
-          std::wstring(L"[a]\n[b") + end + L"]\n[c]\n",
-          std::wstring(L"[a]\n[k=") + end + L"v\n[c]\n",
-          std::wstring(L"[a]\n[k=v") + end + L"\n[c]\n",
-          std::wstring(L"[a]\n[k=vwxyzvwxyz") + end + L"v\n[c]\n"}) {
-      LoadCase<wchar_t> load;
-      load.text = text;
-      load.pieces = {size};
-      korvan::CIniFileW file;
-      PlainIni<wchar_t> plain;
-      EXPECT_EQ(Load(load, file), Load(load, plain))
-          << Shown(text) << ", pieces of " << size;
-    }
-  }
 }
 
 // Cancelling a thread runs through the reader like an exception that nobody
 // may keep.
-TYPED_TEST(IniReader, AThreadThatEndsWhileItReadsEnds) {
-  class Ending : public std::basic_streambuf<typename TypeParam::Char> {
+TEST_F(IniReader, AThreadThatEndsWhileItReadsEnds) {
+  class Ending : public StreamBuffer {
    protected:
-    typename std::char_traits<typename TypeParam::Char>::int_type underflow()
-        override {
-      pthread_exit(nullptr);
-    }
+    Traits::int_type underflow() override { pthread_exit(nullptr); }
   };
   bool returned = false;
   std::thread thread([&] {
     Ending buffer;
-    std::basic_istream<typename TypeParam::Char> input(&buffer);
-    this->file_.Load(input, true);
+    InputStream input(&buffer);
+    file.Load(input, true);
     returned = true;
   });
   thread.join();
@@ -402,3 +372,4 @@ TYPED_TEST(IniReader, AThreadThatEndsWhileItReadsEnds) {
 }
 
 }  // namespace
+}  // namespace korvan::test

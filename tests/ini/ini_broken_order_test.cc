@@ -1,0 +1,89 @@
+// What stays true where wide names are out of order, since the locale has
+// changed or the C library has no order for them: nothing is lost or destroyed
+// twice.
+#include <korvan/ini_file.h>
+
+#include "ini/shown.h"
+#include "ini/width.h"
+#include "support/failing_new.h"
+#include "support/locales.h"
+
+namespace korvan::test {
+namespace {
+
+// The locale must not change while a document lives. If it does all the same,
+// names are lost or found twice, but nothing is destroyed twice.
+
+TEST(IniEditingUnderAnotherLocale, ARenameLeavesOneEntryToAnObject) {
+  const long live = LiveBlocks();
+  {
+    File file;
+    Section* section = nullptr;
+    {
+      const CLocale locale("C.UTF-8");
+      // Folded, these are in order; unfolded, the last two are not.
+      for (const wchar_t* const name :
+           {L"\u0430", L"\u0431", L"\u0432", L"\u0413", L"\u0414"}) {
+        section = file.AddSection(name);
+      }
+    }
+    EXPECT_EQ(file.GetSection(L"\u0414"), nullptr);
+    EXPECT_TRUE(section->SetSectionName(L"zz"));
+    EXPECT_EQ(file.GetSections().size(), 5u);
+    EXPECT_EQ(Shown(section->GetSectionName()), "zz");
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
+TEST(IniEditingUnderAnotherLocale, ARenameSparesANamesakesEntry) {
+  const long live = LiveBlocks();
+  {
+    File file;
+    file.AddSection(L"\u0416");
+    auto* const small = file.AddSection(L"\u0436");
+    const CLocale locale("C.UTF-8");  // now both are one name
+    EXPECT_TRUE(small->SetSectionName(L"x"));
+    auto* const large = file.GetSection(L"\u0416");
+    ASSERT_NE(large, nullptr);
+    EXPECT_EQ(file.GetSections().size(), 2u);
+    EXPECT_TRUE(large->SetSectionName(L"y"));
+    EXPECT_EQ(ContentOf(file), "x{} y{}");
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
+// wcscasecmp is no order for units of 0x80000000 and more:
+// 1 < 0x60000000 < 0xC0000000 < 1.
+TEST(IniEditingWithoutAnOrder, NothingIsLostOrDestroyedTwice) {
+  const long live = LiveBlocks();
+  {
+    File file;
+    const wchar_t characters[] = {L'a',       static_cast<wchar_t>(0x80000000),
+                                  0x60000000, static_cast<wchar_t>(0xFFFFFFFF),
+                                  0x7FFFFFFF, static_cast<wchar_t>(0xC0000000),
+                                  L'Z',       1};
+    unsigned int random = 1;
+    const auto next = [&random, &characters] {
+      random = random * 1103515245 + 12345;
+      return characters[(random >> 16) % 8];
+    };
+    for (int i = 0; i < 3000; ++i) {
+      Section* const section = file.AddSection({next(), next()});
+      ASSERT_NE(section, nullptr);
+      section->SetKeyValue({next(), next()}, L"v");
+      if (i % 3 == 0) {
+        section->SetSectionName({next(), next(), next()});
+      }
+      if (i % 5 == 0) {
+        file.RemoveSection({next(), next()});
+      }
+      if (i % 7 == 0 && !file.GetSections().empty()) {
+        file.RemoveSection(file.GetSections().begin()->second);
+      }
+    }
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
+}  // namespace
+}  // namespace korvan::test
