@@ -22,9 +22,9 @@
 #include <string>
 #include <type_traits>
 
-#include "ini/plain_maps.h"
 #include "ini/source.h"
 #include "ini/texts.h"
+#include "support/plain_ini.h"
 
 namespace competitors {
 
@@ -135,13 +135,15 @@ class Plain : public Types<texts::Syntax::kBracketed, Char> {
   static constexpr char kName[] = "plain maps";
   using Text = std::basic_string<Char>;
 
-  void Load(Source<Char>& source) { file_.Load(source.stream()); }
+  void Load(Source<Char>& source) { file_.Load(source.stream(), false); }
   void LoadFile(const Source<Char>&, const std::string& path) {
     std::basic_ifstream<Char> stream(path, std::ios::binary);
-    file_.Load(stream);
+    file_.Load(stream, false);
   }
   std::size_t Find(const Entry<Text>& entry) const {
-    return file_.Value(entry.section, entry.name).size();
+    const Text* const value = file_.Value(entry.section, entry.name);
+    // By value, as the library gives it.
+    return value == nullptr ? 0 : Text(*value).size();
   }
 
   void Save(std::basic_ostream<Char>& output) { file_.Save(output); }
@@ -157,10 +159,10 @@ class Plain : public Types<texts::Syntax::kBracketed, Char> {
     file_.Set(entry.section, entry.other_name, entry.value);
   }
   void Remove(const Entry<Text>& entry) {
-    file_.Remove(entry.section, entry.name);
+    file_.RemoveKey(entry.section, entry.name);
   }
   void Rename(const Entry<Text>& entry) {
-    file_.Rename(entry.section, entry.name, entry.other_name);
+    file_.RenameKey(entry.section, entry.name, entry.other_name);
   }
   std::size_t List() const {
     std::size_t size = 0;
@@ -173,7 +175,7 @@ class Plain : public Types<texts::Syntax::kBracketed, Char> {
   }
 
  private:
-  PlainMaps<Char> file_;
+  korvan::test::PlainIni<Char> file_;
 };
 
 // The tree that minds case: the one that does not asks the locale for each

@@ -22,7 +22,6 @@
 
 #include "ini/competitors.h"
 #include "ini/floor.h"
-#include "ini/plain_maps.h"
 #include "ini/source.h"
 #include "ini/texts.h"
 

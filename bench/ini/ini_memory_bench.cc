@@ -12,9 +12,9 @@
 #include <string>
 
 #include "ini/floor.h"
-#include "ini/plain_maps.h"
 #include "ini/source.h"
 #include "ini/texts.h"
+#include "support/plain_ini.h"
 
 namespace {
 
@@ -79,7 +79,7 @@ void Load(benchmark::State& state, const Content& content, Figure figure) {
   Measure(state, figure, [&](auto tell) {
     source.Rewind();
     Document document;
-    document.Load(source.stream());
+    document.Load(source.stream(), false);
     tell();
   });
 }
@@ -111,7 +111,7 @@ const bool is_registered = [] {
         Load<korvan::CIniFileA>(state, content, figure);
       });
       add("plain maps", [=](benchmark::State& state) {
-        Load<PlainMaps<char>>(state, content, figure);
+        Load<korvan::test::PlainIni<char>>(state, content, figure);
       });
       add("floor",
           [=](benchmark::State& state) { LoadFloor(state, sorted, figure); });
