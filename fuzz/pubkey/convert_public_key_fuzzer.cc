@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
 #include "pubkey/model.h"
+#include "support/bytes.h"
 
 using korvan::test::Bytes;
 

@@ -4,40 +4,23 @@
 
 #include <memory>
 #include <new>
-#include <numeric>
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include "pubkey/heap_watch.h"
+#include "support/bytes.h"
 #include "support/guarded_room.h"
 
+namespace korvan::test {
 namespace {
 
-using korvan::test::GuardedRoom;
-using korvan::test::HeapWatch;
-using Bytes = std::vector<unsigned char>;
-
 constexpr unsigned int kInPlace = 528;
-
-Bytes Counted(std::size_t count) {
-  Bytes bytes(count);
-  std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(1));
-  return bytes;
-}
-
-Bytes operator+(Bytes left, const Bytes& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
-}
 
 Bytes BytesOf(const IdentObj& buffer) {
   return {buffer.data, buffer.data + buffer.length};
 }
 
-IdentObj BufferOf(const Bytes& bytes) {
-  return {bytes.data(), static_cast<unsigned int>(bytes.size())};
-}
+IdentObj BufferOf(const Bytes& bytes) { return {bytes.data(), SizeOf(bytes)}; }
 
 TEST(IdentObj, BeginsEmpty) {
   const IdentObj buffer;
@@ -192,7 +175,7 @@ Reading Read(const Bytes& encoded) {
 Bytes Encode(unsigned int tag, const Bytes& content) {
   CASNTBaseRecord record;
   record.SetTag(tag);
-  record.SetEntry(content.data(), static_cast<unsigned int>(content.size()));
+  record.SetEntry(content.data(), SizeOf(content));
   int status = 0;
   const Bytes encoded = BytesOf(record.GetEncodedRecord(&status));
   EXPECT_EQ(status, kAsn1Ok);
@@ -610,3 +593,4 @@ TEST(Record, HasNoEncodingWhereItWouldTakeFourGibibytes) {
 }
 
 }  // namespace
+}  // namespace korvan::test

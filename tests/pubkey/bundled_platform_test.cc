@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <vector>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
 #include "pubkey/heap_watch.h"
 #include "pubkey/model.h"
+#include "support/bytes.h"
 
 namespace korvan::test {
 namespace {

@@ -10,7 +10,7 @@
 #include <ostream>
 #include <string>
 
-#include "pubkey/bytes.h"
+#include "support/bytes.h"
 
 namespace korvan::test {
 

@@ -9,10 +9,10 @@
 #include <optional>
 #include <vector>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
 #include "pubkey/heap_watch.h"
 #include "pubkey/model.h"
+#include "support/bytes.h"
 #include "support/guarded_room.h"
 
 namespace korvan::test {

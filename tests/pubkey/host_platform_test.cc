@@ -7,10 +7,10 @@
 #include <cstdlib>
 #include <string>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
 #include "pubkey/heap_watch.h"
 #include "pubkey/model.h"
+#include "support/bytes.h"
 
 namespace korvan::test {
 namespace {

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
 #include "pubkey/model.h"
+#include "support/bytes.h"
 
 namespace korvan::test {
 namespace {

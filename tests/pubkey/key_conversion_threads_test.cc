@@ -5,9 +5,9 @@
 #include <thread>
 #include <vector>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
 #include "pubkey/model.h"
+#include "support/bytes.h"
 
 namespace korvan::test {
 namespace {

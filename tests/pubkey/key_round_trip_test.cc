@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
 #include "pubkey/model.h"
+#include "support/bytes.h"
 
 namespace korvan::test {
 namespace {

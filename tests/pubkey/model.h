@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
+#include "support/bytes.h"
 
 namespace korvan::test {
 

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "pubkey/bytes.h"
 #include "pubkey/conversions.h"
 #include "pubkey/model.h"
+#include "support/bytes.h"
 #include "support/guarded_room.h"
 
 namespace korvan::test {

@@ -1,6 +1,6 @@
 // Byte strings as tests write, join and print them.
-#ifndef KORVAN_TESTS_PUBKEY_BYTES_H_
-#define KORVAN_TESTS_PUBKEY_BYTES_H_
+#ifndef KORVAN_TESTS_SUPPORT_BYTES_H_
+#define KORVAN_TESTS_SUPPORT_BYTES_H_
 
 #include <cstddef>
 #include <numeric>
@@ -28,4 +28,4 @@ inline unsigned int SizeOf(const Bytes& bytes) {
 
 }  // namespace korvan::test
 
-#endif  // KORVAN_TESTS_PUBKEY_BYTES_H_
+#endif  // KORVAN_TESTS_SUPPORT_BYTES_H_
