@@ -7,9 +7,9 @@
 #include <ostream>
 #include <string>
 
-#include "pubkey/heap_watch.h"
 #include "support/bytes.h"
 #include "support/guarded_room.h"
+#include "support/heap_watch.h"
 
 namespace korvan::test {
 namespace {

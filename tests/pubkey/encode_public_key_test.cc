@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "pubkey/conversions.h"
-#include "pubkey/heap_watch.h"
 #include "pubkey/model.h"
 #include "support/bytes.h"
 #include "support/guarded_room.h"
+#include "support/heap_watch.h"
 
 namespace korvan::test {
 namespace {

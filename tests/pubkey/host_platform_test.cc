@@ -8,9 +8,9 @@
 #include <string>
 
 #include "pubkey/conversions.h"
-#include "pubkey/heap_watch.h"
 #include "pubkey/model.h"
 #include "support/bytes.h"
+#include "support/heap_watch.h"
 
 namespace korvan::test {
 namespace {

@@ -1,6 +1,9 @@
-// Counts the heap blocks of a piece of code, and makes allocations fail.
-#ifndef KORVAN_TESTS_PUBKEY_HEAP_WATCH_H_
-#define KORVAN_TESTS_PUBKEY_HEAP_WATCH_H_
+// A program that is linked with heap_watch.cc can see each request that the
+// project's libraries make of the heap, by malloc or by new, and make one fail.
+// Where only `new` is of interest, and the tests' own `new` too, failing_new.h
+// does with less.
+#ifndef KORVAN_TESTS_SUPPORT_HEAP_WATCH_H_
+#define KORVAN_TESTS_SUPPORT_HEAP_WATCH_H_
 
 #include <cstddef>
 #include <vector>
@@ -11,10 +14,10 @@ namespace korvan::test {
 // back to it, and can make a request fail, from when the watch is made until
 // it is stopped or destroyed. The tests' own requests are not seen.
 //
-// The entries for the heap's functions in the libraries' tables of imported
-// functions are led here when the first watch is made. A replaced `malloc`
-// would be seen by everything in the process, and would keep a sanitizer's or
-// valgrind's from doing its work.
+// When the first watch is made, the heap's functions in the libraries' tables
+// of imported functions are replaced. A replaced `malloc` would be called by
+// all code in the process, and would keep a sanitizer's or valgrind's from
+// doing its work.
 class HeapWatch {
  public:
   // The `fail_at`th request, counted from 1, fails; 0 lets all succeed.
@@ -43,4 +46,4 @@ class HeapWatch {
 
 }  // namespace korvan::test
 
-#endif  // KORVAN_TESTS_PUBKEY_HEAP_WATCH_H_
+#endif  // KORVAN_TESTS_SUPPORT_HEAP_WATCH_H_

@@ -1,5 +1,6 @@
-// Replaces malloc and its kin, to count and to fail.
-#include "pubkey/heap_watch.h"
+// Replaces the heap's functions in the libraries' tables of imports by
+// functions that note each call, and refuse one where a watch asks for that.
+#include "support/heap_watch.h"
 
 #include <elf.h>
 #include <link.h>
@@ -91,9 +92,9 @@ const Import kHeap[] = {
     {"_ZdlPvm", Address(DeleteSized)}, {"_ZdaPvm", Address(DeleteArraySized)},
 };
 
-// Leads an entry of a table, which the loader may have made read-only,
-// elsewhere. Its page stays writable: other data may share it.
-void Lead(ElfW(Addr) entry, void* stand_in) {
+// Replaces an entry of a table, which the loader may have made read-only. Its
+// page stays writable: other data may share it.
+void Replace(ElfW(Addr) entry, void* stand_in) {
   const auto page = static_cast<ElfW(Addr)>(sysconf(_SC_PAGESIZE));
   void* const start = reinterpret_cast<void*>(entry / page * page);
   if (mprotect(start, page, PROT_READ | PROT_WRITE) != 0) {
@@ -103,7 +104,9 @@ void Lead(ElfW(Addr) entry, void* stand_in) {
   *reinterpret_cast<void**>(entry) = stand_in;
 }
 
-int LeadHeapOf(dl_phdr_info* object, std::size_t /*size*/, void* led) {
+// Called for each library of the process. Sets `replaced` where the library is
+// the project's and imports the heap.
+int ReplaceHeapOf(dl_phdr_info* object, std::size_t /*size*/, void* replaced) {
   if (std::string_view(object->dlpi_name).find("/libkorvan") ==
       std::string_view::npos) {
     return 0;
@@ -122,7 +125,7 @@ int LeadHeapOf(dl_phdr_info* object, std::size_t /*size*/, void* led) {
   const auto* const symbols =
       reinterpret_cast<const ElfW(Sym)*>(value[DT_SYMTAB]);
   const auto* const names = reinterpret_cast<const char*>(value[DT_STRTAB]);
-  const auto lead_all = [&](ElfW(Addr) table, ElfW(Addr) size) {
+  const auto replace_all = [&](ElfW(Addr) table, ElfW(Addr) size) {
     const auto* const relocations = reinterpret_cast<const ElfW(Rela)*>(table);
     std::for_each(
         relocations, relocations + size / sizeof(ElfW(Rela)),
@@ -131,30 +134,30 @@ int LeadHeapOf(dl_phdr_info* object, std::size_t /*size*/, void* led) {
           const auto import = std::ranges::find(
               kHeap, std::string_view(names + symbol.st_name), &Import::name);
           if (import != std::end(kHeap)) {
-            Lead(object->dlpi_addr + relocation.r_offset, import->stand_in);
-            *static_cast<bool*>(led) = true;
+            Replace(object->dlpi_addr + relocation.r_offset, import->stand_in);
+            *static_cast<bool*>(replaced) = true;
           }
         });
   };
-  lead_all(value[DT_RELA], value[DT_RELASZ]);
-  lead_all(value[DT_JMPREL], value[DT_PLTRELSZ]);
+  replace_all(value[DT_RELA], value[DT_RELASZ]);
+  replace_all(value[DT_JMPREL], value[DT_PLTRELSZ]);
   return 0;
 }
 
-bool LeadHeap() {
-  bool led = false;
-  dl_iterate_phdr(LeadHeapOf, &led);
-  if (!led) {
+bool ReplaceHeap() {
+  bool replaced = false;
+  dl_iterate_phdr(ReplaceHeapOf, &replaced);
+  if (!replaced) {
     std::fputs("no library of the project imports the heap\n", stderr);
     std::abort();
   }
-  return led;
+  return replaced;
 }
 
 }  // namespace
 
 HeapWatch::HeapWatch(int fail_at) : fail_at_(fail_at) {
-  [[maybe_unused]] static const bool led = LeadHeap();
+  [[maybe_unused]] static const bool replaced = ReplaceHeap();
   watch = this;
 }
 
