@@ -11,6 +11,7 @@
 #include <string>
 
 #include "support/bytes.h"
+#include "support/untouched_error.h"
 
 namespace korvan::test {
 
@@ -18,8 +19,7 @@ constexpr char kGost2001[] = "1.2.643.2.2.19";
 constexpr char kRsa[] = "1.2.840.113549.1.1.1";
 constexpr char kOwnGost94[] = "1.3.6.1.4.1.86913.2.1.2.2";
 
-// What nobody sets, so that what a call leaves alone can be told.
-constexpr unsigned int kUntouchedError = 0x0BADC0DE;
+// A size that no call sets, so that a test can tell whether one was set.
 constexpr unsigned int kUntouchedSize = 0xDDDDDDDD;
 
 // A buffer such as an earlier call handed out.
