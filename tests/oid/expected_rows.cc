@@ -1,6 +1,8 @@
 // The 259 records a second time, as a witness against the tables.
 #include "oid/expected_rows.h"
 
+namespace korvan::test {
+
 const ExpectedGroup kExpectedGroups[9] = {
     {1, 11},  {2, 16}, {3, 18}, {4, 19},  {5, 35},
     {6, 114}, {7, 34}, {8, 1},  {20, 11},
@@ -270,3 +272,5 @@ const std::vector<ExpectedRow> kExpectedRows = {
     {20, "1.2.643.2.2.36.1", 67, L"EDH Parameters 2", 0, {}, L"", L"", 0},
 };
 // clang-format on
+
+}  // namespace korvan::test

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace korvan::test {
+
 struct ExpectedRow {
   unsigned int group;
   const char* oid;
@@ -27,5 +29,7 @@ struct ExpectedGroup {
 
 extern const ExpectedGroup kExpectedGroups[9];
 extern const std::vector<ExpectedRow> kExpectedRows;
+
+}  // namespace korvan::test
 
 #endif  // KORVAN_TESTS_OID_EXPECTED_ROWS_H_

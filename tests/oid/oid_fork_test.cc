@@ -7,16 +7,14 @@
 
 #include <atomic>
 #include <clocale>
-#include <string>
 #include <thread>
 #include <vector>
 
+#include "oid/find.h"
 #include "oid/registry_rows.h"
 
+namespace korvan::test {
 namespace {
-
-using korvan::COidData;
-using korvan::FindOIDInfo;
 
 constexpr int kLoadingThreads = 4;
 constexpr int kForks = 334;  // in each of three locales
@@ -30,12 +28,9 @@ constexpr int kKilled = 4;  // by the alarm when it hung
 
 // Loads every name by looking for one that no record has, then looks for one.
 int FindAmongAllNames() {
-  wchar_t missing[] = L"no such name";
-  wchar_t wanted[] = L"COMMON NAME";
-  const bool found =
-      FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, missing, 0) == nullptr &&
-      FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, wanted, 0) ==
-          &korvan::oid_registry[5].rgRecords[53];
+  const bool found = FindUnknownName(kAllGroups) == nullptr &&
+                     FindByName(L"COMMON NAME", kAllGroups) ==
+                         RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 53);
   return found ? kFound : kNotFound;
 }
 
@@ -67,8 +62,7 @@ int ForkWhileLoading(const char* locale, int delay) {
       meet();
       auto row = static_cast<std::size_t>(i);
       while (row < rows.size()) {
-        std::string oid = rows[row]->pszOID;
-        FindOIDInfo(CRYPT_OID_INFO_OID_KEY, oid.data(), rows[row]->dwGroupId);
+        FindByOid(rows[row]->pszOID, rows[row]->dwGroupId);
         row += kLoadingThreads;
       }
     });
@@ -113,3 +107,4 @@ TEST(OidFork, AChildForkedWhileNamesLoadFindsItsRecordsInKoi8) {
 }
 
 }  // namespace
+}  // namespace korvan::test

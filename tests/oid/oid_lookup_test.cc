@@ -12,52 +12,20 @@
 #include <vector>
 
 #include "oid/expected_rows.h"
+#include "oid/find.h"
 #include "oid/registry_rows.h"
 #include "support/guarded_room.h"
+#include "support/untouched_error.h"
 
+namespace korvan::test {
 namespace {
-
-using korvan::COidData;
-using korvan::FindOIDInfo;
-using korvan::FindOIDInfoInternal;
-using korvan::MatchOidInfo;
-using korvan::oid_registry;
-using korvan::OID_TABLE_INFO;
-
-COidData* FindByOid(std::string oid, unsigned int group) {
-  return FindOIDInfo(CRYPT_OID_INFO_OID_KEY, &oid[0], group);
-}
-
-COidData* FindByName(std::wstring name, unsigned int group) {
-  return FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, &name[0], group);
-}
-
-COidData* FindByAlgid(unsigned int algid, unsigned int group) {
-  return FindOIDInfo(CRYPT_OID_INFO_ALGID_KEY, &algid, group);
-}
-
-COidData* FindByPair(unsigned int first, unsigned int second,
-                     unsigned int group) {
-  unsigned int pair[2] = {first, second};
-  return FindOIDInfo(CRYPT_OID_INFO_SIGN_KEY, pair, group);
-}
-
-// The record that stands at `row` of `group`, both as the tables count them.
-COidData* RowOf(unsigned int group, int row) {
-  for (const OID_TABLE_INFO& table : oid_registry) {
-    if (table.dwGroupId == group) {
-      return &table.rgRecords[row];
-    }
-  }
-  return nullptr;
-}
 
 // The first row that `is_wanted`, in one group or, with group 0, in all.
 template <class IsWanted>
 COidData* FirstRow(unsigned int group, IsWanted is_wanted) {
   const auto rows = RegistryRows();
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    if ((group == 0 || kExpectedRows[i].group == group) &&
+    if ((group == kAllGroups || kExpectedRows[i].group == group) &&
         is_wanted(kExpectedRows[i])) {
       return rows[i];
     }
@@ -73,7 +41,7 @@ wchar_t Lower(wchar_t c) {
   return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
 }
 
-constexpr unsigned int kTopBit = 0x80000000;
+constexpr unsigned int kTopBit = CRYPT_OID_DISABLE_SEARCH_DS_FLAG;
 
 TEST(OidLookup, FindsTheFirstRowOfEveryOid) {
   for (const ExpectedRow& row : kExpectedRows) {
@@ -84,8 +52,8 @@ TEST(OidLookup, FindsTheFirstRowOfEveryOid) {
     EXPECT_EQ(FindByOid(row.oid, row.group), FirstRow(row.group, same));
     EXPECT_EQ(FindByOid(row.oid, row.group | kTopBit),
               FirstRow(row.group, same));
-    EXPECT_EQ(FindByOid(row.oid, 0), FirstRow(0, same));
-    EXPECT_EQ(FindByOid(row.oid, kTopBit), FirstRow(0, same));
+    EXPECT_EQ(FindByOid(row.oid, kAllGroups), FirstRow(kAllGroups, same));
+    EXPECT_EQ(FindByOid(row.oid, kTopBit), FirstRow(kAllGroups, same));
   }
 }
 
@@ -99,7 +67,8 @@ TEST(OidLookup, AnOidThatDiffersInOneCharacterIsAnother) {
       for (int character = 1; character < 256; ++character) {
         std::string other = oid;
         other[at] = static_cast<char>(character);
-        ASSERT_EQ(FindByOid(other, 0) != nullptr, known.count(other) == 1)
+        ASSERT_EQ(FindByOid(other.c_str(), kAllGroups) != nullptr,
+                  known.count(other) == 1)
             << other;
       }
     }
@@ -124,11 +93,12 @@ TEST(OidLookup, FindsTheFirstRowOfEveryNameInAnyCase) {
     }
     for (const std::wstring& name : {std::wstring(row.name), upper, lower}) {
       SCOPED_TRACE(testing::PrintToString(name));
-      EXPECT_EQ(FindByName(name, row.group), FirstRow(row.group, same));
-      EXPECT_EQ(FindByName(name, row.group | kTopBit),
+      EXPECT_EQ(FindByName(name.c_str(), row.group), FirstRow(row.group, same));
+      EXPECT_EQ(FindByName(name.c_str(), row.group | kTopBit),
                 FirstRow(row.group, same));
-      EXPECT_EQ(FindByName(name, 0), FirstRow(0, same));
-      EXPECT_EQ(FindByName(name, kTopBit), FirstRow(0, same));
+      EXPECT_EQ(FindByName(name.c_str(), kAllGroups),
+                FirstRow(kAllGroups, same));
+      EXPECT_EQ(FindByName(name.c_str(), kTopBit), FirstRow(kAllGroups, same));
     }
   }
 }
@@ -142,7 +112,7 @@ TEST(OidLookup, FindsTheFirstRowOfEveryAlgid) {
     EXPECT_EQ(FindByAlgid(row.algid, row.group), FirstRow(row.group, same));
     EXPECT_EQ(FindByAlgid(row.algid, row.group | kTopBit),
               FirstRow(row.group, same));
-    EXPECT_EQ(FindByAlgid(row.algid, 0), FirstRow(0, same));
+    EXPECT_EQ(FindByAlgid(row.algid, kAllGroups), FirstRow(kAllGroups, same));
   }
 }
 
@@ -157,7 +127,8 @@ TEST(OidLookup, FindsTheFirstRowOfEveryPair) {
               FirstRow(row.group, same));
     EXPECT_EQ(FindByPair(row.algid, row.SecondAlgid(), row.group | kTopBit),
               FirstRow(row.group, same));
-    EXPECT_EQ(FindByPair(row.algid, row.SecondAlgid(), 0), FirstRow(0, same));
+    EXPECT_EQ(FindByPair(row.algid, row.SecondAlgid(), kAllGroups),
+              FirstRow(kAllGroups, same));
   }
 }
 
@@ -173,58 +144,82 @@ TEST(OidLookup, FindsNothingInAGroupThatLacksTheKey) {
 }
 
 TEST(OidLookup, AnAliasRowIsFoundByItsOwnNameOnly) {
-  EXPECT_EQ(FindByOid("1.3.14.3.2.26", 1), RowOf(1, 5));
-  EXPECT_EQ(FindByName(L"sha", 1), RowOf(1, 6));
-  EXPECT_EQ(FindByOid("1.3.14.3.2.18", 1), RowOf(1, 7));
+  EXPECT_EQ(FindByOid("1.3.14.3.2.26", CRYPT_HASH_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 5));
+  EXPECT_EQ(FindByName(L"sha", CRYPT_HASH_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 6));
+  EXPECT_EQ(FindByOid("1.3.14.3.2.18", CRYPT_HASH_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 7));
 }
 
 TEST(OidLookup, TheFirstRsaRowWinsByOidAndByName) {
-  EXPECT_EQ(FindByOid("1.2.840.113549.1.1.1", 3), RowOf(3, 4));
-  EXPECT_EQ(FindByName(L"RSA", 3), RowOf(3, 4));
-  EXPECT_EQ(FindByName(L"RSA_KEYX", 3), RowOf(3, 7));
-  EXPECT_EQ(FindByName(L"RSA_SIGN", 3), RowOf(3, 9));
-  EXPECT_EQ(FindByAlgid(CALG_RSA_KEYX, 3), RowOf(3, 4));
-  EXPECT_EQ(FindByAlgid(CALG_RSA_SIGN, 3), RowOf(3, 8));
+  EXPECT_EQ(FindByOid("1.2.840.113549.1.1.1", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 4));
+  EXPECT_EQ(FindByName(L"RSA", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 4));
+  EXPECT_EQ(FindByName(L"RSA_KEYX", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 7));
+  EXPECT_EQ(FindByName(L"RSA_SIGN", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 9));
+  EXPECT_EQ(FindByAlgid(CALG_RSA_KEYX, CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 4));
+  EXPECT_EQ(FindByAlgid(CALG_RSA_SIGN, CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 8));
 }
 
 TEST(OidLookup, TheSecondPhoneIsShadowedForEveryKey) {
-  EXPECT_EQ(FindByOid("2.5.4.20", 5), RowOf(5, 23));
-  EXPECT_EQ(FindByName(L"Phone", 5), RowOf(5, 23));
-  EXPECT_EQ(FindByAlgid(0, 5), RowOf(5, 0));
+  EXPECT_EQ(FindByOid("2.5.4.20", CRYPT_RDN_ATTR_OID_GROUP_ID),
+            RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 23));
+  EXPECT_EQ(FindByName(L"Phone", CRYPT_RDN_ATTR_OID_GROUP_ID),
+            RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 23));
+  EXPECT_EQ(FindByAlgid(0, CRYPT_RDN_ATTR_OID_GROUP_ID),
+            RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 0));
 }
 
 TEST(OidLookup, AnEmptyNameIsANameAndIsFound) {
-  EXPECT_EQ(FindByName(L"", 0), RowOf(6, 29));
-  EXPECT_EQ(FindByName(L"", 6), RowOf(6, 29));
-  EXPECT_EQ(FindByName(L"", 5), nullptr);
+  EXPECT_EQ(FindByName(L"", kAllGroups),
+            RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 29));
+  EXPECT_EQ(FindByName(L"", CRYPT_EXT_OR_ATTR_OID_GROUP_ID),
+            RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 29));
+  EXPECT_EQ(FindByName(L"", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
 }
 
 TEST(OidLookup, AllGroupsAreSearchedInTheOrderOfTheRegistry) {
-  EXPECT_EQ(FindByOid("2.5.4.3", 0), RowOf(5, 1));
-  EXPECT_EQ(FindByOid("2.5.4.3", 6), RowOf(6, 53));
-  EXPECT_EQ(FindByAlgid(0, 0), RowOf(5, 0));
+  EXPECT_EQ(FindByOid("2.5.4.3", kAllGroups),
+            RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 1));
+  EXPECT_EQ(FindByOid("2.5.4.3", CRYPT_EXT_OR_ATTR_OID_GROUP_ID),
+            RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 53));
+  EXPECT_EQ(FindByAlgid(0, kAllGroups), RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 0));
 }
 
 TEST(OidLookup, ARecordWithoutExtraInformationIsAPairWith0) {
-  EXPECT_EQ(FindByPair(CALG_SHA1, 0, 0), RowOf(1, 5));
-  EXPECT_EQ(FindByPair(CALG_SHA1, CALG_RSA_SIGN, 4), RowOf(4, 3));
-  EXPECT_EQ(FindByPair(0x801E, 0x2E23, 4), RowOf(4, 2));
-  EXPECT_EQ(FindByPair(CALG_SHA1, 0, 4), nullptr);
-  EXPECT_EQ(FindByPair(0, CERT_RDN_IA5_STRING, 5), RowOf(5, 5));
+  EXPECT_EQ(FindByPair(CALG_SHA1, 0, kAllGroups),
+            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 5));
+  EXPECT_EQ(FindByPair(CALG_SHA1, CALG_RSA_SIGN, CRYPT_SIGN_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_SIGN_ALG_OID_GROUP_ID, 3));
+  EXPECT_EQ(FindByPair(0x801E, 0x2E23, CRYPT_SIGN_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_SIGN_ALG_OID_GROUP_ID, 2));
+  EXPECT_EQ(FindByPair(CALG_SHA1, 0, CRYPT_SIGN_ALG_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(FindByPair(0, CERT_RDN_IA5_STRING, CRYPT_RDN_ATTR_OID_GROUP_ID),
+            RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 5));
 }
 
 TEST(OidLookup, TheTopBitOfTheGroupIsIgnored) {
-  EXPECT_EQ(FindByOid("1.2.643.2.2.9", 0x80000001), RowOf(1, 2));
+  EXPECT_EQ(FindByOid("1.2.643.2.2.9", CRYPT_HASH_ALG_OID_GROUP_ID |
+                                           CRYPT_OID_DISABLE_SEARCH_DS_FLAG),
+            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 2));
 }
 
 TEST(OidLookup, ComparesOidsByteForByte) {
-  EXPECT_EQ(FindByOid("1.2.643.2.2.1", 3), nullptr);
-  EXPECT_EQ(FindByOid("1.2.643.2.2.199", 3), nullptr);
-  EXPECT_EQ(FindByOid(" 1.2.643.2.2.19", 3), nullptr);
-  EXPECT_EQ(FindByOid("", 0), nullptr);
-  EXPECT_EQ(FindByOid("2", 0), nullptr);
-  EXPECT_EQ(FindByOid("2.5.4", 0), nullptr);
-  EXPECT_EQ(FindByOid(std::string(100000, '1'), 0), nullptr);
+  EXPECT_EQ(FindByOid("1.2.643.2.2.1", CRYPT_PUBKEY_ALG_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(FindByOid("1.2.643.2.2.199", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            nullptr);
+  EXPECT_EQ(FindByOid(" 1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            nullptr);
+  EXPECT_EQ(FindByOid("", kAllGroups), nullptr);
+  EXPECT_EQ(FindByOid("2", kAllGroups), nullptr);
+  EXPECT_EQ(FindByOid("2.5.4", kAllGroups), nullptr);
+  EXPECT_EQ(FindByOid(std::string(100000, '1').c_str(), kAllGroups), nullptr);
 }
 
 TEST(OidLookup, AKeyThatGoesOnBehindAnOidIsAnotherKey) {
@@ -233,7 +228,8 @@ TEST(OidLookup, AKeyThatGoesOnBehindAnOidIsAnotherKey) {
     const auto same = [&](const ExpectedRow& other) {
       return longer == other.oid;
     };
-    EXPECT_EQ(FindByOid(longer, 0), FirstRow(0, same)) << longer;
+    EXPECT_EQ(FindByOid(longer.c_str(), kAllGroups), FirstRow(kAllGroups, same))
+        << longer;
   }
 }
 
@@ -243,59 +239,72 @@ TEST(OidLookup, AKeyThatGoesOnBehindANameIsAnotherKey) {
       continue;
     }
     const std::wstring longer = std::wstring(row.name) + L"~";
-    EXPECT_EQ(FindByName(longer, 0), nullptr);
-    EXPECT_EQ(FindByName(longer, row.group), nullptr);
+    EXPECT_EQ(FindByName(longer.c_str(), kAllGroups), nullptr);
+    EXPECT_EQ(FindByName(longer.c_str(), row.group), nullptr);
   }
 }
 
 // The text as a key whose terminator is the last thing that may be read.
 template <class Character>
-void* AtTheEdge(korvan::test::GuardedRoom& room,
-                const std::basic_string<Character>& text) {
+void* AtTheEdge(GuardedRoom& room, const std::basic_string<Character>& text) {
   const auto* const bytes =
       reinterpret_cast<const unsigned char*>(text.c_str());
   return room.Place({bytes, (text.size() + 1) * sizeof(Character)});
 }
 
 TEST(OidLookup, ReadsNoFurtherThanTheKey) {
-  korvan::test::GuardedRoom room(4096);
+  GuardedRoom room(4096);
   for (const ExpectedRow& row : kExpectedRows) {
-    EXPECT_NE(FindOIDInfo(1, AtTheEdge<char>(room, row.oid), row.group),
+    EXPECT_NE(FindOIDInfo(CRYPT_OID_INFO_OID_KEY,
+                          AtTheEdge<char>(room, row.oid), row.group),
               nullptr);
     if (row.name == nullptr) {
       continue;
     }
-    EXPECT_NE(FindOIDInfo(2, AtTheEdge<wchar_t>(room, row.name), row.group),
+    EXPECT_NE(FindOIDInfo(CRYPT_OID_INFO_NAME_KEY,
+                          AtTheEdge<wchar_t>(room, row.name), row.group),
               nullptr);
   }
   for (std::size_t length = 1; length < 60; ++length) {
     const std::string oid(length, '1');
-    EXPECT_EQ(FindOIDInfo(1, AtTheEdge(room, oid), 0), nullptr);
+    EXPECT_EQ(
+        FindOIDInfo(CRYPT_OID_INFO_OID_KEY, AtTheEdge(room, oid), kAllGroups),
+        nullptr);
     const std::wstring name(length, L'1');
-    EXPECT_EQ(FindOIDInfo(2, AtTheEdge(room, name), 0), nullptr);
+    EXPECT_EQ(
+        FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, AtTheEdge(room, name), kAllGroups),
+        nullptr);
   }
 }
 
 TEST(OidLookup, ANullKeyMatchesNothing) {
-  for (unsigned int type = 0; type < 6; ++type) {
-    EXPECT_EQ(FindOIDInfo(type, nullptr, 0), nullptr);
-    EXPECT_EQ(FindOIDInfoInternal(type, nullptr, 3), nullptr);
+  for (const unsigned int type :
+       {0u, CRYPT_OID_INFO_OID_KEY, CRYPT_OID_INFO_NAME_KEY,
+        CRYPT_OID_INFO_ALGID_KEY, CRYPT_OID_INFO_SIGN_KEY, kUnknownKeyType}) {
+    EXPECT_EQ(FindOIDInfo(type, nullptr, kAllGroups), nullptr);
+    EXPECT_EQ(FindOIDInfoInternal(type, nullptr, CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+              nullptr);
     EXPECT_EQ(FindOIDInfoInternal(oid_registry[2], type, nullptr), nullptr);
-    EXPECT_FALSE(MatchOidInfo(*RowOf(1, 5), type, nullptr));
+    EXPECT_FALSE(
+        MatchOidInfo(*RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 5), type, nullptr));
   }
 }
 
 TEST(OidLookup, AnUnknownKeyTypeMatchesNothing) {
   char oid[] = "1.2.643.2.2.19";
-  for (unsigned int type : {0u, 5u, 0x80000001u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(FindOIDInfo(type, oid, 0), nullptr);
+  for (const unsigned int type :
+       {0u, kUnknownKeyType, 0x80000000 | CRYPT_OID_INFO_OID_KEY,
+        0xFFFFFFFFu}) {
+    EXPECT_EQ(FindOIDInfo(type, oid, kAllGroups), nullptr);
     EXPECT_EQ(FindOIDInfoInternal(oid_registry[2], type, oid), nullptr);
-    EXPECT_FALSE(MatchOidInfo(*RowOf(3, 2), type, oid));
+    EXPECT_FALSE(
+        MatchOidInfo(*RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 2), type, oid));
   }
 }
 
 TEST(OidLookup, AnUnknownGroupHoldsNothing) {
-  for (unsigned int group : {9u, 10u, 19u, 21u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+  for (unsigned int group :
+       {kUnknownGroup, 10u, 19u, 21u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     EXPECT_EQ(FindByOid("2.5.4.3", group), nullptr);
     EXPECT_EQ(FindByName(L"CN", group), nullptr);
     EXPECT_EQ(FindByAlgid(0, group), nullptr);
@@ -304,10 +313,11 @@ TEST(OidLookup, AnUnknownGroupHoldsNothing) {
 }
 
 TEST(OidLookup, AnUnknownNameIsNotFound) {
-  EXPECT_EQ(FindByName(L"no such name", 0), nullptr);
-  EXPECT_EQ(FindByName(L"CNN", 5), nullptr);
-  EXPECT_EQ(FindByName(L"Common Name", 5), nullptr);
-  EXPECT_EQ(FindByName(std::wstring(100000, L'a'), 0), nullptr);
+  EXPECT_EQ(FindUnknownName(kAllGroups), nullptr);
+  EXPECT_EQ(FindByName(L"CNN", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(FindByName(L"Common Name", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(FindByName(std::wstring(100000, L'a').c_str(), kAllGroups),
+            nullptr);
 }
 
 TEST(OidLookup, AnUnknownAlgidIsNotFound) {
@@ -315,9 +325,10 @@ TEST(OidLookup, AnUnknownAlgidIsNotFound) {
     const auto same = [&](const ExpectedRow& other) {
       return other.algid == algid;
     };
-    ASSERT_EQ(FindByAlgid(algid, 0), FirstRow(0, same)) << algid;
+    ASSERT_EQ(FindByAlgid(algid, kAllGroups), FirstRow(kAllGroups, same))
+        << algid;
   }
-  EXPECT_EQ(FindByAlgid(0xFFFFFFFF, 0), nullptr);
+  EXPECT_EQ(FindByAlgid(0xFFFFFFFF, kAllGroups), nullptr);
 }
 
 TEST(OidLookup, AnUnknownPairIsNotFound) {
@@ -330,7 +341,8 @@ TEST(OidLookup, AnUnknownPairIsNotFound) {
         const auto same = [&](const ExpectedRow& other) {
           return other.algid == first.algid && other.SecondAlgid() == word;
         };
-        ASSERT_EQ(FindByPair(first.algid, word, 0), FirstRow(0, same))
+        ASSERT_EQ(FindByPair(first.algid, word, kAllGroups),
+                  FirstRow(kAllGroups, same))
             << first.algid << ", " << word;
       }
     }
@@ -341,31 +353,41 @@ TEST(OidLookup, KeysOfNumbersNeedNoAlignment) {
   alignas(8) unsigned char bytes[16] = {};
   const unsigned int pair[2] = {0x801E, 0x2E23};
   std::memcpy(bytes + 1, pair, sizeof pair);
-  EXPECT_EQ(FindOIDInfo(CRYPT_OID_INFO_SIGN_KEY, bytes + 1, 4), RowOf(4, 2));
-  EXPECT_EQ(FindOIDInfo(CRYPT_OID_INFO_ALGID_KEY, bytes + 1, 1), RowOf(1, 2));
+  EXPECT_EQ(FindOIDInfo(CRYPT_OID_INFO_SIGN_KEY, bytes + 1,
+                        CRYPT_SIGN_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_SIGN_ALG_OID_GROUP_ID, 2));
+  EXPECT_EQ(FindOIDInfo(CRYPT_OID_INFO_ALGID_KEY, bytes + 1,
+                        CRYPT_HASH_ALG_OID_GROUP_ID),
+            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 2));
 }
 
 TEST(OidLookup, TheThreeEntryPointsAgree) {
   char oid[] = "1.2.643.2.2.19";
-  COidData* const row = RowOf(3, 2);
-  EXPECT_EQ(FindOIDInfo(1, oid, 3), row);
-  EXPECT_EQ(FindOIDInfoInternal(1, oid, 3), row);
-  EXPECT_EQ(FindOIDInfoInternal(oid_registry[2], 1, oid), row);
-  EXPECT_EQ(FindOIDInfoInternal(oid_registry[1], 1, oid), nullptr);
+  COidData* const row = RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 2);
+  EXPECT_EQ(
+      FindOIDInfo(CRYPT_OID_INFO_OID_KEY, oid, CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+      row);
+  EXPECT_EQ(FindOIDInfoInternal(CRYPT_OID_INFO_OID_KEY, oid,
+                                CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            row);
+  EXPECT_EQ(FindOIDInfoInternal(oid_registry[2], CRYPT_OID_INFO_OID_KEY, oid),
+            row);
+  EXPECT_EQ(FindOIDInfoInternal(oid_registry[1], CRYPT_OID_INFO_OID_KEY, oid),
+            nullptr);
 }
 
 TEST(OidLookup, LeavesTheLastErrorAloneWhereNoTextIsMissing) {
-  FindByName(L"no such name", 0);
-  SetLastError(12345);
-  FindByOid("1.2.643.2.2.19", 3);
-  FindByOid("no OID", 3);
-  FindByName(L"no such name", 0);
-  FindByAlgid(1, 0);
-  FindByPair(1, 1, 0);
+  FindUnknownName(kAllGroups);
+  SetLastError(kUntouchedError);
+  FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
+  FindByOid("no OID", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
+  FindUnknownName(kAllGroups);
+  FindByAlgid(1, kAllGroups);
+  FindByPair(1, 1, kAllGroups);
   unsigned int word = 0;
-  FindOIDInfo(9, &word, 9);
-  FindOIDInfo(1, nullptr, 0);
-  EXPECT_EQ(GetLastError(), 12345u);
+  FindOIDInfo(kUnknownKeyType, &word, kUnknownGroup);
+  FindOIDInfo(CRYPT_OID_INFO_OID_KEY, nullptr, kAllGroups);
+  EXPECT_EQ(GetLastError(), kUntouchedError);
 }
 
 // A caller's own records.
@@ -386,20 +408,27 @@ TEST(OwnOidTable, IsSearchedInItsOwnOrder) {
   wchar_t name[] = L"TWO";
   unsigned int algid = 7;
   unsigned int pair[2] = {7, 0};
-  EXPECT_EQ(FindOIDInfoInternal(table, 1, oid), &records[0]);
-  EXPECT_EQ(FindOIDInfoInternal(table, 2, name), &records[1]);
-  EXPECT_EQ(FindOIDInfoInternal(table, 3, &algid), &records[2]);
-  EXPECT_EQ(FindOIDInfoInternal(table, 4, pair), &records[2]);
+  EXPECT_EQ(FindOIDInfoInternal(table, CRYPT_OID_INFO_OID_KEY, oid),
+            &records[0]);
+  EXPECT_EQ(FindOIDInfoInternal(table, CRYPT_OID_INFO_NAME_KEY, name),
+            &records[1]);
+  EXPECT_EQ(FindOIDInfoInternal(table, CRYPT_OID_INFO_ALGID_KEY, &algid),
+            &records[2]);
+  EXPECT_EQ(FindOIDInfoInternal(table, CRYPT_OID_INFO_SIGN_KEY, pair),
+            &records[2]);
 }
 
 TEST(OwnOidTable, WithoutRecordsHoldsNothing) {
   COidData record = OwnRecord("1.1", L"one");
   char oid[] = "1.1";
-  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{1, 0, &record}, 1, oid),
+  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{1, 0, &record},
+                                CRYPT_OID_INFO_OID_KEY, oid),
             nullptr);
-  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{1, -5, &record}, 1, oid),
+  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{1, -5, &record},
+                                CRYPT_OID_INFO_OID_KEY, oid),
             nullptr);
-  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{1, 5, nullptr}, 1, oid),
+  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{1, 5, nullptr},
+                                CRYPT_OID_INFO_OID_KEY, oid),
             nullptr);
 }
 
@@ -407,37 +436,41 @@ TEST(OwnOidTable, MayPointIntoTheLibrarysRows) {
   char oid[] = "1.2.840.113549.1.1.1";
   wchar_t name[] = L"rsa";
   const OID_TABLE_INFO later = {3, 10, oid_registry[2].rgRecords + 7};
-  EXPECT_EQ(FindOIDInfoInternal(later, 1, oid), RowOf(3, 7));
-  EXPECT_EQ(FindOIDInfoInternal(later, 2, name), RowOf(3, 8));
+  EXPECT_EQ(FindOIDInfoInternal(later, CRYPT_OID_INFO_OID_KEY, oid),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 7));
+  EXPECT_EQ(FindOIDInfoInternal(later, CRYPT_OID_INFO_NAME_KEY, name),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 8));
   const OID_TABLE_INFO shorter = {3, 4, oid_registry[2].rgRecords};
-  EXPECT_EQ(FindOIDInfoInternal(shorter, 1, oid), nullptr);
-  EXPECT_EQ(FindOIDInfoInternal(shorter, 2, name), nullptr);
+  EXPECT_EQ(FindOIDInfoInternal(shorter, CRYPT_OID_INFO_OID_KEY, oid), nullptr);
+  EXPECT_EQ(FindOIDInfoInternal(shorter, CRYPT_OID_INFO_NAME_KEY, name),
+            nullptr);
 }
 
 TEST(OwnOidTable, ACopyOfALibrarysTableIsSearchedAlike) {
   const OID_TABLE_INFO copy = oid_registry[2];
   char oid[] = "1.2.840.113549.1.1.1";
-  EXPECT_EQ(FindOIDInfoInternal(copy, 1, oid), RowOf(3, 4));
+  EXPECT_EQ(FindOIDInfoInternal(copy, CRYPT_OID_INFO_OID_KEY, oid),
+            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 4));
 }
 
 TEST(OwnOidRecord, WithoutAnOidMatchesNoOid) {
   COidData record = OwnRecord(nullptr, L"one");
   char oid[] = "";
-  EXPECT_FALSE(MatchOidInfo(record, 1, oid));
+  EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_OID_KEY, oid));
 }
 
 TEST(OwnOidRecord, MatchesItsOidCaseSensitively) {
   COidData record = OwnRecord("1.a", nullptr);
   char same[] = "1.a";
   char other[] = "1.A";
-  EXPECT_TRUE(MatchOidInfo(record, 1, same));
-  EXPECT_FALSE(MatchOidInfo(record, 1, other));
+  EXPECT_TRUE(MatchOidInfo(record, CRYPT_OID_INFO_OID_KEY, same));
+  EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_OID_KEY, other));
 }
 
 TEST(OwnOidRecord, WithoutANameMatchesNoName) {
   COidData record = OwnRecord("1.1", nullptr);
   wchar_t name[] = L"";
-  EXPECT_FALSE(MatchOidInfo(record, 2, name));
+  EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_NAME_KEY, name));
 }
 
 TEST(OwnOidRecord, NamesWithUnitsBeyondUnicodeAreComparedToTheirEnd) {
@@ -445,8 +478,8 @@ TEST(OwnOidRecord, NamesWithUnitsBeyondUnicodeAreComparedToTheirEnd) {
   wchar_t other[] = L"?b";
   name[0] = other[0] = static_cast<wchar_t>(0x80000000);
   COidData record = OwnRecord("1.1", name);
-  EXPECT_TRUE(MatchOidInfo(record, 2, name));
-  EXPECT_FALSE(MatchOidInfo(record, 2, other));
+  EXPECT_TRUE(MatchOidInfo(record, CRYPT_OID_INFO_NAME_KEY, name));
+  EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_NAME_KEY, other));
 }
 
 TEST(OwnOidRecord, TheSecondWordIsReadOnlyFromFourBytesOrMore) {
@@ -458,16 +491,19 @@ TEST(OwnOidRecord, TheSecondWordIsReadOnlyFromFourBytesOrMore) {
   unsigned int without[2] = {7, 0};
   for (DWORD size : {0u, 3u}) {
     record.ExtraInfo.cbData = size;
-    EXPECT_FALSE(MatchOidInfo(record, 4, with_word)) << size;
-    EXPECT_TRUE(MatchOidInfo(record, 4, without)) << size;
+    EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_SIGN_KEY, with_word))
+        << size;
+    EXPECT_TRUE(MatchOidInfo(record, CRYPT_OID_INFO_SIGN_KEY, without)) << size;
   }
   for (DWORD size : {4u, 8u}) {
     record.ExtraInfo.cbData = size;
-    EXPECT_TRUE(MatchOidInfo(record, 4, with_word)) << size;
-    EXPECT_FALSE(MatchOidInfo(record, 4, without)) << size;
+    EXPECT_TRUE(MatchOidInfo(record, CRYPT_OID_INFO_SIGN_KEY, with_word))
+        << size;
+    EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_SIGN_KEY, without))
+        << size;
   }
   record.ExtraInfo.pbData = nullptr;
-  EXPECT_TRUE(MatchOidInfo(record, 4, without));
+  EXPECT_TRUE(MatchOidInfo(record, CRYPT_OID_INFO_SIGN_KEY, without));
 }
 
 TEST(OwnOidRecord, ANumberOf0x10000OrMoreIsAPointer) {
@@ -475,7 +511,7 @@ TEST(OwnOidRecord, ANumberOf0x10000OrMoreIsAPointer) {
   COidData record =
       OwnRecord("1.1", reinterpret_cast<LPCWSTR>(std::uintptr_t{0xFFFF}));
   wchar_t name[] = L"one";
-  EXPECT_FALSE(MatchOidInfo(record, 2, name));
+  EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_NAME_KEY, name));
   EXPECT_EQ(record.pwszName, nullptr);
   EXPECT_EQ(record.dwOidFlags, 2u);
   // 0x10000 is a pointer: handed out as it is, since an OID search only
@@ -483,10 +519,12 @@ TEST(OwnOidRecord, ANumberOf0x10000OrMoreIsAPointer) {
   const auto pointer = reinterpret_cast<LPCWSTR>(std::uintptr_t{0x10000});
   record = OwnRecord("1.1", pointer);
   char oid[] = "1.1";
-  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{1, 1, &record}, 1, oid),
+  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{1, 1, &record},
+                                CRYPT_OID_INFO_OID_KEY, oid),
             &record);
   EXPECT_EQ(record.pwszName, pointer);
   EXPECT_EQ(record.dwOidFlags, 0u);
 }
 
 }  // namespace
+}  // namespace korvan::test

@@ -13,17 +13,16 @@
 #include <vector>
 
 #include "oid/expected_rows.h"
+#include "oid/find.h"
 #include "oid/plain_registry.h"
 #include "oid/registry_rows.h"
+#include "support/untouched_error.h"
 
+namespace korvan::test {
 namespace {
-
-using korvan::COidData;
 
 class OidSearches : public testing::Test {
  protected:
-  static constexpr unsigned int kSomeError = 12345;
-
   std::size_t Below(std::size_t end) {
     return std::uniform_int_distribution<std::size_t>(0, end - 1)(random_);
   }
@@ -34,7 +33,7 @@ class OidSearches : public testing::Test {
     const unsigned int kGroups[] = {0, 1, 2, 3, 4,  5,
                                     6, 7, 8, 9, 20, AnyRow().group};
     const unsigned int group = kGroups[Below(12)];
-    return Below(4) == 0 ? group | 0x80000000 : group;
+    return Below(4) == 0 ? group | CRYPT_OID_DISABLE_SEARCH_DS_FLAG : group;
   }
 
   std::string AnyOid() {
@@ -90,19 +89,21 @@ class OidSearches : public testing::Test {
     switch (Below(4)) {
       case 0: {
         std::string oid = AnyOid();
-        Compare(1, &oid[0], group, "OID " + oid);
+        Compare(CRYPT_OID_INFO_OID_KEY, &oid[0], group, "OID " + oid);
         break;
       }
       case 1: {
         std::wstring name = AnyName();
-        Compare(2, &name[0], group, "name " + testing::PrintToString(name));
+        Compare(CRYPT_OID_INFO_NAME_KEY, &name[0], group,
+                "name " + testing::PrintToString(name));
         break;
       }
       case 2: {
         unsigned int algid = Below(8) == 0
                                  ? static_cast<unsigned int>(random_())
                                  : AnyRow().algid;
-        Compare(3, &algid, group, "ALG_ID " + std::to_string(algid));
+        Compare(CRYPT_OID_INFO_ALGID_KEY, &algid, group,
+                "ALG_ID " + std::to_string(algid));
         break;
       }
       default: {
@@ -111,7 +112,7 @@ class OidSearches : public testing::Test {
                                                ? AnyRow().SecondAlgid()
                                                : row.SecondAlgid()};
         Compare(
-            4, pair, group,
+            CRYPT_OID_INFO_SIGN_KEY, pair, group,
             "pair " + std::to_string(pair[0]) + ", " + std::to_string(pair[1]));
         break;
       }
@@ -121,29 +122,29 @@ class OidSearches : public testing::Test {
   void Compare(unsigned int key_type, void* key, unsigned int group,
                const std::string& what) {
     SCOPED_TRACE(what + " in group " + std::to_string(group));
-    SetLastError(kSomeError);
+    SetLastError(kUntouchedError);
     const COidData* found = nullptr;
     int expected = -1;
     unsigned int error = 0;
     const std::size_t table = Below(9);
     switch (Below(4)) {
       case 0:
-        found = FindOIDInfoInternal(korvan::oid_registry[table], key_type, key);
+        found = FindOIDInfoInternal(oid_registry[table], key_type, key);
         error = GetLastError();
-        SetLastError(kSomeError);
+        SetLastError(kUntouchedError);
         expected = plain_.FindInTable(table, key_type, key);
         break;
       case 1: {
         // A caller's table over some of the library's rows.
-        const korvan::OID_TABLE_INFO& whole = korvan::oid_registry[table];
+        const OID_TABLE_INFO& whole = oid_registry[table];
         const auto first = Below(static_cast<std::size_t>(whole.cRecords));
         const auto count =
             Below(static_cast<std::size_t>(whole.cRecords) - first + 1);
-        const korvan::OID_TABLE_INFO own = {
-            whole.dwGroupId, static_cast<int>(count), whole.rgRecords + first};
+        const OID_TABLE_INFO own = {whole.dwGroupId, static_cast<int>(count),
+                                    whole.rgRecords + first};
         found = FindOIDInfoInternal(own, key_type, key);
         error = GetLastError();
-        SetLastError(kSomeError);
+        SetLastError(kUntouchedError);
         expected = plain_.FindInRows(
             FirstRowOf(whole.dwGroupId) + static_cast<int>(first),
             static_cast<int>(count), key_type, key);
@@ -156,10 +157,10 @@ class OidSearches : public testing::Test {
   }
 
   void CompareGroup(unsigned int key_type, void* key, unsigned int group) {
-    SetLastError(kSomeError);
-    const COidData* const found = korvan::FindOIDInfo(key_type, key, group);
+    SetLastError(kUntouchedError);
+    const COidData* const found = FindOIDInfo(key_type, key, group);
     const unsigned int error = GetLastError();
-    SetLastError(kSomeError);
+    SetLastError(kUntouchedError);
     ExpectSame(found, plain_.Find(key_type, key, group), error);
   }
 
@@ -193,7 +194,8 @@ class OidSearches : public testing::Test {
       }
       std::wstring name = row.name;
       SCOPED_TRACE("name " + testing::PrintToString(name));
-      CompareGroup(2, &name[0], in_all_groups ? 0 : row.group);
+      CompareGroup(CRYPT_OID_INFO_NAME_KEY, &name[0],
+                   in_all_groups ? kAllGroups : row.group);
       if (HasFatalFailure()) {
         return;
       }
@@ -206,7 +208,7 @@ class OidSearches : public testing::Test {
     const unsigned int number =
         Below(4) == 0 ? 4 : kExpectedRows[Below(259)].text_number;
     // What the record held is the caller's to free.
-    if ((rows_[row]->dwOidFlags & 2) != 0) {
+    if ((rows_[row]->dwOidFlags & kNameIsOwned) != 0) {
       delete[] rows_[row]->pwszName;
     }
     InitOidInfoWorker(*rows_[row], number);
@@ -228,7 +230,7 @@ TEST_F(OidSearches, AreThoseOfThePlainRegistry) { SearchMany(4000); }
 
 TEST_F(OidSearches, AreThoseOfThePlainRegistryOnceAllNamesAreLoaded) {
   wchar_t name[] = L"no such name";
-  Compare(2, name, 0, "no such name");
+  Compare(CRYPT_OID_INFO_NAME_KEY, name, kAllGroups, "no such name");
   SearchMany(4000);
 }
 
@@ -242,10 +244,10 @@ TEST_F(OidSearches, AreThoseOfThePlainRegistryForNamesInOrderInAllGroups) {
 
 TEST_F(OidSearches, AreThoseOfThePlainRegistryAfterCleanup) {
   SearchMany(40);
-  korvan::CleanupOidInfo();
+  CleanupOidInfo();
   plain_.Cleanup();
   SearchMany(2000);
-  korvan::CleanupOidInfo();
+  CleanupOidInfo();
   plain_.Cleanup();
   SearchMany(1000);
 }
@@ -269,9 +271,10 @@ TEST_F(OidSearches, AreThoseOfThePlainRegistryWhileCallersRenameRows) {
 
 TEST_F(OidSearches, AreThoseOfThePlainRegistryOnceACallerRenamedOneRow) {
   wchar_t name[] = L"no such name";
-  Compare(2, name, 0, "no such name");
+  Compare(CRYPT_OID_INFO_NAME_KEY, name, kAllGroups, "no such name");
   RenameSomeRow();
   SearchMany(3000);
 }
 
 }  // namespace
+}  // namespace korvan::test

@@ -15,21 +15,12 @@
 #include <string>
 #include <vector>
 
+#include "oid/find.h"
 #include "oid/registry_rows.h"
+#include "support/untouched_error.h"
 
+namespace korvan::test {
 namespace {
-
-using korvan::CleanupOidInfo;
-using korvan::COidData;
-using korvan::FindOIDInfo;
-using korvan::FindOIDInfoInternal;
-using korvan::InitOidInfoWorker;
-using korvan::MatchOidInfo;
-using korvan::oid_registry;
-using korvan::OID_TABLE_INFO;
-
-constexpr unsigned int kNameIsOwned = 0x2;
-constexpr unsigned int kMark = 0x1;
 
 class OidNames : public testing::Test {
  protected:
@@ -53,13 +44,6 @@ class OidNames : public testing::Test {
     return {all_.lower_bound(first), all_.lower_bound(end)};
   }
 
-  static COidData* ByOid(std::string oid, unsigned int group) {
-    return FindOIDInfo(CRYPT_OID_INFO_OID_KEY, &oid[0], group);
-  }
-  static COidData* ByName(std::wstring name, unsigned int group) {
-    return FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, &name[0], group);
-  }
-
   static COidData& Row(int row) {
     return *RegistryRows()[static_cast<std::size_t>(row)];
   }
@@ -80,72 +64,79 @@ class OidNames : public testing::Test {
 };
 
 TEST_F(OidNames, ASearchByOidLoadsTheNameOfTheMatchOnly) {
-  COidData* const found = ByOid("1.2.643.2.2.19", 3);
+  COidData* const found =
+      FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
   ASSERT_NE(found, nullptr);
   EXPECT_STREQ(found->pwszName, L"GOST R 34.10-2001");
   EXPECT_EQ(found->Algid, 0x2E23u);
   EXPECT_EQ(found->dwOidFlags, kMark | kNameIsOwned);
-  EXPECT_EQ(Loaded(), std::set<int>{FirstRowOf(3) + 2});
+  EXPECT_EQ(Loaded(),
+            std::set<int>{FirstRowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID) + 2});
 }
 
 TEST_F(OidNames, ASearchByOidThatFindsNothingLoadsNothing) {
-  EXPECT_EQ(ByOid("1.2.3", 0), nullptr);
+  EXPECT_EQ(FindByOid("1.2.3", kAllGroups), nullptr);
   EXPECT_EQ(Loaded(), std::set<int>{});
 }
 
 TEST_F(OidNames, ASearchByAlgidLoadsTheNameOfTheMatchOnly) {
-  unsigned int algid = 0x661E;
-  COidData* const found = FindOIDInfo(CRYPT_OID_INFO_ALGID_KEY, &algid, 0);
+  COidData* const found = FindByAlgid(0x661E, kAllGroups);
   ASSERT_NE(found, nullptr);
   EXPECT_STREQ(found->pwszName, L"GOST 28147-89");
-  EXPECT_EQ(Loaded(), std::set<int>{FirstRowOf(2) + 9});
+  EXPECT_EQ(Loaded(),
+            std::set<int>{FirstRowOf(CRYPT_ENCRYPT_ALG_OID_GROUP_ID) + 9});
 }
 
 TEST_F(OidNames, ASearchByPairLoadsTheNameOfTheMatchOnly) {
-  unsigned int pair[2] = {0x801E, 0x2E23};
-  COidData* const found = FindOIDInfo(CRYPT_OID_INFO_SIGN_KEY, pair, 0);
+  COidData* const found = FindByPair(0x801E, 0x2E23, kAllGroups);
   ASSERT_NE(found, nullptr);
   EXPECT_STREQ(found->pwszName, L"GOST R 34.10/34.11-2001");
-  EXPECT_EQ(Loaded(), std::set<int>{FirstRowOf(4) + 2});
+  EXPECT_EQ(Loaded(),
+            std::set<int>{FirstRowOf(CRYPT_SIGN_ALG_OID_GROUP_ID) + 2});
 }
 
 TEST_F(OidNames, ALiteralNameIsHandedOutAsItStands) {
-  COidData* const found = ByOid("1.3.14.3.2.26", 1);
+  COidData* const found =
+      FindByOid("1.3.14.3.2.26", CRYPT_HASH_ALG_OID_GROUP_ID);
   EXPECT_STREQ(found->pwszName, L"sha1");
   EXPECT_EQ(found->dwOidFlags, 0u);
   EXPECT_EQ(Loaded(), std::set<int>{});
 }
 
 TEST_F(OidNames, ASearchByNameLoadsUpToAndIncludingTheMatch) {
-  COidData* const found = ByName(L"basic constraints", 6);
+  COidData* const found =
+      FindByName(L"basic constraints", CRYPT_EXT_OR_ATTR_OID_GROUP_ID);
   EXPECT_STREQ(found->pszOID, "2.5.29.19");
-  EXPECT_EQ(Loaded(), NumbersAmong(FirstRowOf(6), FirstRowOf(6) + 9));
+  EXPECT_EQ(Loaded(),
+            NumbersAmong(FirstRowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID),
+                         FirstRowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID) + 9));
 }
 
 TEST_F(OidNames, ASearchByNameStopsLoadingAtALiteralMatch) {
-  EXPECT_NE(ByName(L"sha1", 1), nullptr);
+  EXPECT_NE(FindByName(L"sha1", CRYPT_HASH_ALG_OID_GROUP_ID), nullptr);
   EXPECT_EQ(Loaded(), NumbersAmong(0, 5));
 }
 
 TEST_F(OidNames, ASearchByNameInAllGroupsLoadsTheGroupsBeforeTheMatch) {
-  EXPECT_NE(ByName(L"CN", 0), nullptr);
-  EXPECT_EQ(Loaded(), NumbersAmong(0, FirstRowOf(5)));
+  EXPECT_NE(FindByName(L"CN", kAllGroups), nullptr);
+  EXPECT_EQ(Loaded(), NumbersAmong(0, FirstRowOf(CRYPT_RDN_ATTR_OID_GROUP_ID)));
 }
 
 TEST_F(OidNames, ASearchByNameInAGroupOfLiteralsLoadsNothing) {
-  COidData* const found = ByName(L"cn", 5);
+  COidData* const found = FindByName(L"cn", CRYPT_RDN_ATTR_OID_GROUP_ID);
   EXPECT_STREQ(found->pszOID, "2.5.4.3");
-  EXPECT_EQ(ByName(L"no such name", 5), nullptr);
+  EXPECT_EQ(FindUnknownName(CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
   EXPECT_EQ(Loaded(), std::set<int>{});
 }
 
 TEST_F(OidNames, ASearchByNameThatFindsNothingLoadsTheWholeGroup) {
-  EXPECT_EQ(ByName(L"no such name", 7), nullptr);
-  EXPECT_EQ(Loaded(), NumbersAmong(FirstRowOf(7), FirstRowOf(8)));
+  EXPECT_EQ(FindUnknownName(CRYPT_ENHKEY_USAGE_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(Loaded(), NumbersAmong(FirstRowOf(CRYPT_ENHKEY_USAGE_OID_GROUP_ID),
+                                   FirstRowOf(CRYPT_POLICY_OID_GROUP_ID)));
 }
 
 TEST_F(OidNames, ASearchByNameThatFindsNothingAnywhereLoadsEveryName) {
-  EXPECT_EQ(ByName(L"no such name", 0), nullptr);
+  EXPECT_EQ(FindUnknownName(kAllGroups), nullptr);
   EXPECT_EQ(Loaded(), all_);
 }
 
@@ -159,7 +150,7 @@ TEST_F(OidNames, ASearchLoadsTheLastNameThatIsLeftWhicheverItIs) {
         }
       }
       return Loaded().size() == all_.size() - 1 &&
-             ByName(L"no such name", Row(left).dwGroupId) == nullptr &&
+             FindUnknownName(Row(left).dwGroupId) == nullptr &&
              Loaded() == all_;
     })) << "row "
         << left;
@@ -167,37 +158,47 @@ TEST_F(OidNames, ASearchLoadsTheLastNameThatIsLeftWhicheverItIs) {
 }
 
 TEST_F(OidNames, AnOverlongNameLoadsLikeAnyOther) {
-  EXPECT_EQ(ByName(std::wstring(1000, L'x'), 7), nullptr);
-  EXPECT_EQ(Loaded(), NumbersAmong(FirstRowOf(7), FirstRowOf(8)));
+  EXPECT_EQ(FindByName(std::wstring(1000, L'x').c_str(),
+                       CRYPT_ENHKEY_USAGE_OID_GROUP_ID),
+            nullptr);
+  EXPECT_EQ(Loaded(), NumbersAmong(FirstRowOf(CRYPT_ENHKEY_USAGE_OID_GROUP_ID),
+                                   FirstRowOf(CRYPT_POLICY_OID_GROUP_ID)));
 }
 
 TEST_F(OidNames, ANameWithOtherCharactersLoadsLikeAnyOther) {
-  EXPECT_EQ(ByName(L"\x0438\x043C\x044F", 7), nullptr);
-  EXPECT_EQ(Loaded(), NumbersAmong(FirstRowOf(7), FirstRowOf(8)));
+  EXPECT_EQ(FindByName(L"\x0438\x043C\x044F", CRYPT_ENHKEY_USAGE_OID_GROUP_ID),
+            nullptr);
+  EXPECT_EQ(Loaded(), NumbersAmong(FirstRowOf(CRYPT_ENHKEY_USAGE_OID_GROUP_ID),
+                                   FirstRowOf(CRYPT_POLICY_OID_GROUP_ID)));
 }
 
 TEST_F(OidNames, ASecondSearchGivesTheSameArray) {
-  const wchar_t* const name = ByOid("2.5.4.3", 6)->pwszName;
-  EXPECT_EQ(ByOid("2.5.4.3", 6)->pwszName, name);
-  EXPECT_EQ(ByName(L"common name", 6)->pwszName, name);
+  const wchar_t* const name =
+      FindByOid("2.5.4.3", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)->pwszName;
+  EXPECT_EQ(FindByOid("2.5.4.3", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)->pwszName,
+            name);
+  EXPECT_EQ(
+      FindByName(L"common name", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)->pwszName,
+      name);
 }
 
 TEST_F(OidNames, AMatchByNameLoadsTheNameOfTheRecordAsked) {
-  COidData& record = oid_registry[5].rgRecords[53];
+  COidData& record = *RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 53);
   wchar_t other[] = L"other";
   EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_NAME_KEY, other));
   EXPECT_STREQ(record.pwszName, L"Common Name");
-  EXPECT_EQ(Loaded(), std::set<int>{FirstRowOf(6) + 53});
+  EXPECT_EQ(Loaded(),
+            std::set<int>{FirstRowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID) + 53});
 }
 
 TEST_F(OidNames, AMatchByAnyOtherKeyLoadsNothing) {
-  COidData& record = oid_registry[2].rgRecords[2];
+  COidData& record = *RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 2);
   char oid[] = "1.2.643.2.2.19";
   unsigned int words[2] = {0x2E23, 0};
   EXPECT_TRUE(MatchOidInfo(record, CRYPT_OID_INFO_OID_KEY, oid));
   EXPECT_TRUE(MatchOidInfo(record, CRYPT_OID_INFO_ALGID_KEY, words));
   EXPECT_TRUE(MatchOidInfo(record, CRYPT_OID_INFO_SIGN_KEY, words));
-  EXPECT_FALSE(MatchOidInfo(record, 5, words));
+  EXPECT_FALSE(MatchOidInfo(record, kUnknownKeyType, words));
   EXPECT_FALSE(MatchOidInfo(record, CRYPT_OID_INFO_NAME_KEY, nullptr));
   EXPECT_EQ(Loaded(), std::set<int>{});
 }
@@ -208,22 +209,23 @@ TEST_F(OidNames, AMissingTextLeavesTheNameNullAndTheRecordFound) {
     unsigned int group;
     int row;
   };
+  constexpr unsigned int kExtensions = CRYPT_EXT_OR_ATTR_OID_GROUP_ID;
+  constexpr unsigned int kUsages = CRYPT_ENHKEY_USAGE_OID_GROUP_ID;
   const Missing kMissing[] = {
-      {"1.2.840.113556.1.2.141", 6, 108},
-      {"2.5.29.16", 6, 109},
-      {"2.5.4.20", 6, 110},
-      {"1.2.643.3.131.1.1", 6, 111},
-      {"1.2.643.3.141.1.1", 6, 112},
-      {"1.2.643.3.141.1.2", 6, 113},
-      {"1.2.643.2.4.1.1.1.1.1.1", 7, 31},
-      {"1.2.643.2.4.1.1.1.1.1.2", 7, 32},
-      {"1.2.643.2.4.1.1.1.1.1.3", 7, 33},
+      {"1.2.840.113556.1.2.141", kExtensions, 108},
+      {"2.5.29.16", kExtensions, 109},
+      {"2.5.4.20", kExtensions, 110},
+      {"1.2.643.3.131.1.1", kExtensions, 111},
+      {"1.2.643.3.141.1.1", kExtensions, 112},
+      {"1.2.643.3.141.1.2", kExtensions, 113},
+      {"1.2.643.2.4.1.1.1.1.1.1", kUsages, 31},
+      {"1.2.643.2.4.1.1.1.1.1.2", kUsages, 32},
+      {"1.2.643.2.4.1.1.1.1.1.3", kUsages, 33},
   };
   for (const Missing& missing : kMissing) {
     for (int round = 0; round < 2; ++round) {
-      COidData* const found = ByOid(missing.oid, missing.group);
-      ASSERT_EQ(found, RegistryRows()[static_cast<std::size_t>(
-                           FirstRowOf(missing.group) + missing.row)]);
+      COidData* const found = FindByOid(missing.oid, missing.group);
+      ASSERT_EQ(found, RowOf(missing.group, missing.row));
       EXPECT_EQ(found->pwszName, nullptr);
       EXPECT_EQ(found->dwOidFlags, kMark | kNameIsOwned);
     }
@@ -231,65 +233,84 @@ TEST_F(OidNames, AMissingTextLeavesTheNameNullAndTheRecordFound) {
 }
 
 TEST_F(OidNames, AMissingTextLeavesTheLastErrorOfTheStringFunction) {
-  SetLastError(12345);
-  EXPECT_NE(ByOid("2.5.29.16", 6), nullptr);
-  EXPECT_EQ(GetLastError(), 87u);
-  SetLastError(12345);
-  EXPECT_NE(ByOid("2.5.29.16", 6), nullptr);  // not tried again
-  EXPECT_EQ(GetLastError(), 12345u);
+  SetLastError(kUntouchedError);
+  EXPECT_NE(FindByOid("2.5.29.16", CRYPT_EXT_OR_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+  SetLastError(kUntouchedError);
+  EXPECT_NE(FindByOid("2.5.29.16", CRYPT_EXT_OR_ATTR_OID_GROUP_ID),
+            nullptr);  // not tried again
+  EXPECT_EQ(GetLastError(), kUntouchedError);
 }
 
 TEST_F(OidNames, ASearchByNameThatPassesAMissingTextLeavesThatErrorToo) {
-  SetLastError(12345);
-  EXPECT_EQ(ByName(L"no such name", 7), nullptr);
-  EXPECT_EQ(GetLastError(), 87u);
+  SetLastError(kUntouchedError);
+  EXPECT_EQ(FindUnknownName(CRYPT_ENHKEY_USAGE_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(OidNames, ALoadedTextLeavesTheLastErrorAlone) {
-  SetLastError(12345);
-  EXPECT_NE(ByOid("1.2.643.2.2.19", 3), nullptr);
-  EXPECT_EQ(GetLastError(), 12345u);
+  SetLastError(kUntouchedError);
+  EXPECT_NE(FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            nullptr);
+  EXPECT_EQ(GetLastError(), kUntouchedError);
 }
 
 TEST_F(OidNames, CleanupTakesLoadedNamesForGood) {
-  ASSERT_STREQ(ByOid("2.5.29.35", 6)->pwszName, L"Authority Key Identifier");
+  ASSERT_STREQ(FindByOid("2.5.29.35", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)->pwszName,
+               L"Authority Key Identifier");
   CleanupOidInfo();
-  COidData* const found = ByOid("2.5.29.35", 6);
-  EXPECT_EQ(found, oid_registry[5].rgRecords);
+  COidData* const found =
+      FindByOid("2.5.29.35", CRYPT_EXT_OR_ATTR_OID_GROUP_ID);
+  EXPECT_EQ(found, RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 0));
   EXPECT_EQ(found->pwszName, nullptr);
   EXPECT_EQ(found->dwOidFlags, 0u);
   // The next row has the same text, and nobody had loaded it.
-  EXPECT_STREQ(ByName(L"Authority Key Identifier", 6)->pszOID, "2.5.29.1");
+  EXPECT_STREQ(
+      FindByName(L"Authority Key Identifier", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)
+          ->pszOID,
+      "2.5.29.1");
 }
 
 TEST_F(OidNames, CleanupTakesFailedLoadsForGood) {
-  ASSERT_EQ(ByOid("2.5.29.16", 6)->dwOidFlags, kMark | kNameIsOwned);
+  ASSERT_EQ(FindByOid("2.5.29.16", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)->dwOidFlags,
+            kMark | kNameIsOwned);
   CleanupOidInfo();
-  SetLastError(12345);
-  EXPECT_EQ(ByOid("2.5.29.16", 6)->pwszName, nullptr);
-  EXPECT_EQ(ByOid("2.5.29.16", 6)->dwOidFlags, kMark);
-  EXPECT_EQ(GetLastError(), 12345u);
+  SetLastError(kUntouchedError);
+  EXPECT_EQ(FindByOid("2.5.29.16", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)->pwszName,
+            nullptr);
+  EXPECT_EQ(FindByOid("2.5.29.16", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)->dwOidFlags,
+            kMark);
+  EXPECT_EQ(GetLastError(), kUntouchedError);
 }
 
 TEST_F(OidNames, CleanupLeavesLiteralsAndUnusedNumbers) {
   CleanupOidInfo();
   EXPECT_EQ(Loaded(), std::set<int>{});
-  EXPECT_STREQ(ByOid("1.3.14.3.2.26", 1)->pwszName, L"sha1");
-  EXPECT_STREQ(ByOid("1.2.643.2.2.19", 3)->pwszName, L"GOST R 34.10-2001");
+  EXPECT_STREQ(
+      FindByOid("1.3.14.3.2.26", CRYPT_HASH_ALG_OID_GROUP_ID)->pwszName,
+      L"sha1");
+  EXPECT_STREQ(
+      FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID)->pwszName,
+      L"GOST R 34.10-2001");
 }
 
 TEST_F(OidNames, ANameThatCleanupTookLetsALaterRowWin) {
-  ASSERT_STREQ(ByName(L"Certificate Extensions", 6)->pszOID,
-               "1.3.6.1.4.1.311.2.1.14");
-  ASSERT_EQ(ByName(L"no such name", 6), nullptr);
+  ASSERT_STREQ(
+      FindByName(L"Certificate Extensions", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)
+          ->pszOID,
+      "1.3.6.1.4.1.311.2.1.14");
+  ASSERT_EQ(FindUnknownName(CRYPT_EXT_OR_ATTR_OID_GROUP_ID), nullptr);
   CleanupOidInfo();
-  EXPECT_EQ(ByName(L"Certificate Extensions", 6), nullptr);
+  EXPECT_EQ(
+      FindByName(L"Certificate Extensions", CRYPT_EXT_OR_ATTR_OID_GROUP_ID),
+      nullptr);
   // A literal among names that are gone.
-  EXPECT_STREQ(ByName(L"", 6)->pszOID, "1.2.840.113549.1.9.9");
+  EXPECT_STREQ(FindByName(L"", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)->pszOID,
+               "1.2.840.113549.1.9.9");
 }
 
 TEST_F(OidNames, CleanupTwiceIsCleanupOnce) {
-  ByName(L"no such name", 0);
+  FindUnknownName(kAllGroups);
   CleanupOidInfo();
   CleanupOidInfo();
   for (const COidData* record : RegistryRows()) {
@@ -298,62 +319,68 @@ TEST_F(OidNames, CleanupTwiceIsCleanupOnce) {
 }
 
 TEST_F(OidNames, TheCleanupHelperCleansUpWhenItIsDestroyed) {
-  COidData* const found = ByOid("1.2.643.2.2.19", 3);
-  { korvan::COidInfoCleanupHelper helper; }
+  COidData* const found =
+      FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
+  { COidInfoCleanupHelper helper; }
   EXPECT_EQ(found->pwszName, nullptr);
   EXPECT_EQ(found->dwOidFlags, kMark);
 }
 
 TEST_F(OidNames, TheLocaleOfTheMomentFoldsNames) {
-  ByName(L"no such name", 0);
-  EXPECT_NE(ByName(L"initials", 5), nullptr);
+  FindUnknownName(kAllGroups);
+  EXPECT_NE(FindByName(L"initials", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
   ASSERT_NE(std::setlocale(LC_ALL, "tr_TR.UTF-8"), nullptr);
   // There 'I' folds to a dotless i, and 'i' to itself.
-  EXPECT_EQ(ByName(L"initials", 5), nullptr);
-  EXPECT_EQ(ByName(L"INITIALS", 5), nullptr);
-  EXPECT_EQ(ByName(L"InItIals", 5), nullptr);
-  EXPECT_NE(ByName(L"Initials", 5), nullptr);
-  EXPECT_NE(ByName(L"\x0131NiTiALS", 5), nullptr);
-  EXPECT_NE(ByName(L"SERiALnumber", 5), nullptr);
+  EXPECT_EQ(FindByName(L"initials", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(FindByName(L"INITIALS", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(FindByName(L"InItIals", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_NE(FindByName(L"Initials", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_NE(FindByName(L"\x0131NiTiALS", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_NE(FindByName(L"SERiALnumber", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
   ASSERT_NE(std::setlocale(LC_ALL, "C"), nullptr);
-  EXPECT_NE(ByName(L"INITIALS", 5), nullptr);
-  EXPECT_EQ(ByName(L"\x0131NiTiALS", 5), nullptr);
+  EXPECT_NE(FindByName(L"INITIALS", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_EQ(FindByName(L"\x0131NiTiALS", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
 }
 
 TEST_F(OidNames, ACharacterThatFoldsIntoAsciiIsFolded) {
-  ByName(L"no such name", 0);
+  FindUnknownName(kAllGroups);
   ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
   // U+212A KELVIN SIGN folds to k.
-  EXPECT_STREQ(ByName(L"\x212A"
-                      L"ey Usage",
-                      6)
+  EXPECT_STREQ(FindByName(L"\x212A"
+                          L"ey Usage",
+                          CRYPT_EXT_OR_ATTR_OID_GROUP_ID)
                    ->pszOID,
                "2.5.29.15");
   ASSERT_NE(std::setlocale(LC_ALL, "C"), nullptr);
-  EXPECT_EQ(ByName(L"\x212A"
-                   L"ey Usage",
-                   6),
+  EXPECT_EQ(FindByName(L"\x212A"
+                       L"ey Usage",
+                       CRYPT_EXT_OR_ATTR_OID_GROUP_ID),
             nullptr);
 }
 
 TEST_F(OidNames, AFoldOfTheLocaleSettlesNamesOfOneLetter) {
   ASSERT_NE(std::setlocale(LC_ALL, "tr_TR.UTF-8"), nullptr);
-  EXPECT_STREQ(ByName(L"I", 5)->pszOID, "2.5.4.43");
-  EXPECT_EQ(ByName(L"i", 5), nullptr);
+  EXPECT_STREQ(FindByName(L"I", CRYPT_RDN_ATTR_OID_GROUP_ID)->pszOID,
+               "2.5.4.43");
+  EXPECT_EQ(FindByName(L"i", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
 }
 
 TEST_F(OidNames, ANullNameAmongLoadedOnesLetsALaterRowWin) {
-  ASSERT_NE(ByOid("2.5.29.35", 6), nullptr);
+  ASSERT_NE(FindByOid("2.5.29.35", CRYPT_EXT_OR_ATTR_OID_GROUP_ID), nullptr);
   CleanupOidInfo();
-  ASSERT_EQ(ByName(L"no such name", 6), nullptr);
-  EXPECT_STREQ(ByName(L"Authority Key Identifier", 6)->pszOID, "2.5.29.1");
+  ASSERT_EQ(FindUnknownName(CRYPT_EXT_OR_ATTR_OID_GROUP_ID), nullptr);
+  EXPECT_STREQ(
+      FindByName(L"Authority Key Identifier", CRYPT_EXT_OR_ATTR_OID_GROUP_ID)
+          ->pszOID,
+      "2.5.29.1");
 }
 
 // The one row of its group, so that no other row decides what is known of it.
 // The second text is as long as the row's own.
 TEST_F(OidNames, AnyTextCanBeGivenToTheOnlyRecordOfAGroup) {
-  COidData& record = oid_registry[7].rgRecords[0];
-  ASSERT_EQ(ByName(L"All issuance policies", 8), &record);
+  COidData& record = *RowOf(CRYPT_POLICY_OID_GROUP_ID, 0);
+  ASSERT_EQ(FindByName(L"All issuance policies", CRYPT_POLICY_OID_GROUP_ID),
+            &record);
   const struct {
     unsigned int number;
     const wchar_t* text;
@@ -362,65 +389,74 @@ TEST_F(OidNames, AnyTextCanBeGivenToTheOnlyRecordOfAGroup) {
     EXPECT_TRUE(Apart([&] {
       const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
       InitOidInfoWorker(record, given.number);
-      return ByName(given.text, 8) == &record &&
-             ByName(L"All issuance policies", 8) == nullptr;
+      return FindByName(given.text, CRYPT_POLICY_OID_GROUP_ID) == &record &&
+             FindByName(L"All issuance policies", CRYPT_POLICY_OID_GROUP_ID) ==
+                 nullptr;
     })) << given.number;
   }
 }
 
 TEST_F(OidNames, AnyTextCanBeGivenToARecordThatCleanupLeftWithoutAName) {
-  COidData& record = oid_registry[7].rgRecords[0];
-  ASSERT_EQ(ByName(L"All issuance policies", 8), &record);
+  COidData& record = *RowOf(CRYPT_POLICY_OID_GROUP_ID, 0);
+  ASSERT_EQ(FindByName(L"All issuance policies", CRYPT_POLICY_OID_GROUP_ID),
+            &record);
   CleanupOidInfo();
-  EXPECT_EQ(ByName(L"All issuance policies", 8), nullptr);
+  EXPECT_EQ(FindByName(L"All issuance policies", CRYPT_POLICY_OID_GROUP_ID),
+            nullptr);
   InitOidInfoWorker(record, 8048);
-  EXPECT_EQ(ByName(L"Common Name", 8), &record);
+  EXPECT_EQ(FindByName(L"Common Name", CRYPT_POLICY_OID_GROUP_ID), &record);
 }
 
 TEST_F(OidNames, AnyTextCanBeGivenToARecordAndIsFound) {
-  ByName(L"no such name", 0);
-  COidData& record = oid_registry[5].rgRecords[53];
+  FindUnknownName(kAllGroups);
+  COidData& record = *RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 53);
   const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
   InitOidInfoWorker(record, 1);
   EXPECT_STREQ(record.pwszName, L"Quorin CSP");
-  EXPECT_EQ(ByName(L"quorin csp", 0), &record);
-  EXPECT_EQ(ByName(L"Common Name", 6), nullptr);
-  EXPECT_EQ(ByName(L"no such name", 6), nullptr);
+  EXPECT_EQ(FindByName(L"quorin csp", kAllGroups), &record);
+  EXPECT_EQ(FindByName(L"Common Name", CRYPT_EXT_OR_ATTR_OID_GROUP_ID),
+            nullptr);
+  EXPECT_EQ(FindUnknownName(CRYPT_EXT_OR_ATTR_OID_GROUP_ID), nullptr);
 }
 
 TEST_F(OidNames, AnotherRowsTextGivenToAnEarlierRecordWins) {
-  ByName(L"no such name", 0);
-  COidData& earlier = oid_registry[6].rgRecords[0];
+  FindUnknownName(kAllGroups);
+  COidData& earlier = *RowOf(CRYPT_ENHKEY_USAGE_OID_GROUP_ID, 0);
   const std::unique_ptr<const wchar_t[]> own_text(earlier.pwszName);
   InitOidInfoWorker(earlier, 8533);
-  EXPECT_EQ(ByName(L"Lifetime Signing", 7), &earlier);
-  EXPECT_EQ(ByName(L"Lifetime Signing", 0), &earlier);
+  EXPECT_EQ(FindByName(L"Lifetime Signing", CRYPT_ENHKEY_USAGE_OID_GROUP_ID),
+            &earlier);
+  EXPECT_EQ(FindByName(L"Lifetime Signing", kAllGroups), &earlier);
 }
 
 TEST_F(OidNames, AnotherRowsTextGivenToAnyEarlierRecordWins) {
-  const COidData& last = oid_registry[7].rgRecords[0];
+  const COidData& last = *RowOf(CRYPT_POLICY_OID_GROUP_ID, 0);
   const auto number = static_cast<unsigned int>(
       reinterpret_cast<std::uintptr_t>(last.pwszName));
-  ByName(L"no such name", 0);
+  FindUnknownName(kAllGroups);
   for (const int row : all_) {
     EXPECT_TRUE(Apart([&] {
       COidData& record = Row(row);
       const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
       InitOidInfoWorker(record, number);
-      return ByName(L"All issuance policies", record.dwGroupId) == &record &&
-             ByName(L"All issuance policies", 0) ==
-                 (row < FirstRowOf(8) ? &record : &last);
+      return FindByName(L"All issuance policies", record.dwGroupId) ==
+                 &record &&
+             FindByName(L"All issuance policies", kAllGroups) ==
+                 (row < FirstRowOf(CRYPT_POLICY_OID_GROUP_ID) ? &record
+                                                              : &last);
     })) << "row "
         << row;
   }
 }
 
 TEST_F(OidNames, AMissingTextGivenToARecordTakesItsName) {
-  COidData* const found = ByOid("1.2.643.2.2.19", 3);
+  COidData* const found =
+      FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
   const std::unique_ptr<const wchar_t[]> own_text(found->pwszName);
   InitOidInfoWorker(*found, 4);
   EXPECT_EQ(found->pwszName, nullptr);
-  EXPECT_EQ(ByName(L"GOST R 34.10-2001", 3), nullptr);
+  EXPECT_EQ(FindByName(L"GOST R 34.10-2001", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
+            nullptr);
 }
 
 TEST_F(OidNames, AnOwnRecordGetsItsTextAndTheFlag) {
@@ -429,7 +465,7 @@ TEST_F(OidNames, AnOwnRecordGetsItsTextAndTheFlag) {
   InitOidInfoWorker(record, 8048);
   const std::unique_ptr<const wchar_t[]> owned(record.pwszName);
   EXPECT_STREQ(record.pwszName, L"Common Name");
-  EXPECT_EQ(record.dwOidFlags, 0x13u);
+  EXPECT_EQ(record.dwOidFlags, 0x11 | kNameIsOwned);
   EXPECT_EQ(Loaded(), std::set<int>{});
 }
 
@@ -457,7 +493,7 @@ class OidNamesOfOwnRecords : public OidNames {
               0);
     EXPECT_EQ(Loaded(), std::set<int>{});
     // Nor does a search take a name for loaded that is not.
-    EXPECT_EQ(ByName(L"no such name", 0), nullptr);
+    EXPECT_EQ(FindUnknownName(kAllGroups), nullptr);
     EXPECT_EQ(Loaded(), all_);
   }
 
@@ -491,8 +527,8 @@ TEST_F(OidNames, ANameIsLoadedWhicheverOtherNameWasLoadedBefore) {
   for (const int loaded : all_) {
     EXPECT_TRUE(Apart([&] {
       MatchOidInfo(Row(loaded), CRYPT_OID_INFO_NAME_KEY, other);
-      for (const unsigned int group : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 20U}) {
-        ByName(L"no such name", group);
+      for (const OID_TABLE_INFO& table : oid_registry) {
+        FindUnknownName(table.dwGroupId);
       }
       return Loaded() == all_;
     })) << "row "
@@ -505,9 +541,11 @@ TEST_F(OidNames, ARowIsFoundByNameWhicheverOtherNameWasLoadedBefore) {
   for (const int loaded : all_) {
     EXPECT_TRUE(Apart([&] {
       MatchOidInfo(Row(loaded), CRYPT_OID_INFO_NAME_KEY, other);
-      return ByName(L"GOST R 34.11-94 (Quorin 2)", 1) == &Row(0) &&
-             ByName(L"Embedded Windows System Component Verification", 0) ==
-                 &Row(FirstRowOf(7) + 14);
+      return FindByName(L"GOST R 34.11-94 (Quorin 2)",
+                        CRYPT_HASH_ALG_OID_GROUP_ID) == &Row(0) &&
+             FindByName(L"Embedded Windows System Component Verification",
+                        kAllGroups) ==
+                 &Row(FirstRowOf(CRYPT_ENHKEY_USAGE_OID_GROUP_ID) + 14);
     })) << "row "
         << loaded;
   }
@@ -516,11 +554,11 @@ TEST_F(OidNames, ARowIsFoundByNameWhicheverOtherNameWasLoadedBefore) {
 TEST_F(OidNames, AnOwnRecordLosesItsNameToAMissingText) {
   COidData record = {};
   record.pwszName = L"mine";
-  SetLastError(12345);
+  SetLastError(kUntouchedError);
   InitOidInfoWorker(record, 8031);
   EXPECT_EQ(record.pwszName, nullptr);
   EXPECT_EQ(record.dwOidFlags, kNameIsOwned);
-  EXPECT_EQ(GetLastError(), 87u);
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(OidNames, ASearchInAnOwnTableLoadsTheNamesItPasses) {
@@ -531,8 +569,9 @@ TEST_F(OidNames, ASearchInAnOwnTableLoadsTheNamesItPasses) {
         reinterpret_cast<LPCWSTR>(std::uintptr_t{kNumbers[i]});
   }
   wchar_t name[] = L"LOCALITY";
-  EXPECT_EQ(FindOIDInfoInternal(OID_TABLE_INFO{6, 3, records},
-                                CRYPT_OID_INFO_NAME_KEY, name),
+  EXPECT_EQ(FindOIDInfoInternal(
+                OID_TABLE_INFO{CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 3, records},
+                CRYPT_OID_INFO_NAME_KEY, name),
             &records[2]);
   const std::unique_ptr<const wchar_t[]> first(records[0].pwszName);
   const std::unique_ptr<const wchar_t[]> last(records[2].pwszName);
@@ -544,20 +583,23 @@ TEST_F(OidNames, ASearchInAnOwnTableLoadsTheNamesItPasses) {
 
 TEST_F(OidNames, ATableOverLibraryRowsLoadsOnlyTheRowsItCovers) {
   wchar_t name[] = L"no such name";
-  const OID_TABLE_INFO middle = {6, 5, oid_registry[5].rgRecords + 10};
+  const OID_TABLE_INFO middle = {CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 5,
+                                 RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 10)};
   EXPECT_EQ(FindOIDInfoInternal(middle, CRYPT_OID_INFO_NAME_KEY, name),
             nullptr);
-  const int first = FirstRowOf(6) + 10;
+  const int first = FirstRowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID) + 10;
   EXPECT_EQ(Loaded(), NumbersAmong(first, first + 5));
 }
 
 TEST_F(OidNames, EveryLoadedTextIsTheStringTables) {
-  ByName(L"no such name", 0);
-  EXPECT_STREQ(oid_registry[0].rgRecords[0].pwszName,
+  FindUnknownName(kAllGroups);
+  EXPECT_STREQ(RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 0)->pwszName,
                L"GOST R 34.11-94 (Quorin 2)");
-  EXPECT_STREQ(oid_registry[6].rgRecords[14].pwszName,
+  EXPECT_STREQ(RowOf(CRYPT_ENHKEY_USAGE_OID_GROUP_ID, 14)->pwszName,
                L"Embedded Windows System Component Verification");
-  EXPECT_STREQ(oid_registry[7].rgRecords[0].pwszName, L"All issuance policies");
+  EXPECT_STREQ(RowOf(CRYPT_POLICY_OID_GROUP_ID, 0)->pwszName,
+               L"All issuance policies");
 }
 
 }  // namespace
+}  // namespace korvan::test

@@ -9,19 +9,21 @@
 #include <memory>
 #include <string>
 
+#include "oid/find.h"
+#include "oid/registry_rows.h"
+
+namespace korvan::test {
 namespace {
 
 std::string text;
 bool reports_none = false;
-
-using korvan::COidData;
 
 std::unique_ptr<const wchar_t[]> NameMadeOf(const std::string& from,
                                             COidData& record) {
   text = from;
   record = {};
   record.pwszName = L"mine";
-  korvan::InitOidInfoWorker(record, 1);
+  InitOidInfoWorker(record, 1);
   return std::unique_ptr<const wchar_t[]>(record.pwszName);
 }
 
@@ -37,7 +39,7 @@ TEST(OidStrangeText, ThatTheLocaleCanNotConvertLeavesNoName) {
   for (const std::size_t length : {0u, 3u, 200u}) {
     COidData record;
     EXPECT_EQ(NameMadeOf(std::string(length, 'x') + '\xFF', record), nullptr);
-    EXPECT_EQ(record.dwOidFlags, 2u);
+    EXPECT_EQ(record.dwOidFlags, kNameIsOwned);
   }
 }
 
@@ -45,7 +47,7 @@ TEST(OidStrangeText, ThatIsReportedAsNoneIsNone) {
   reports_none = true;
   COidData record;
   EXPECT_EQ(NameMadeOf("written all the same", record), nullptr);
-  EXPECT_EQ(record.dwOidFlags, 2u);
+  EXPECT_EQ(record.dwOidFlags, kNameIsOwned);
   reports_none = false;
 }
 
@@ -69,16 +71,19 @@ TEST(OidStrangeText, IsReadUpToItsFirst256Bytes) {
 
 TEST(OidStrangeText, OfTheRegistryIsFoundAsItIs) {
   text = "A name of the host";
-  COidData& record = korvan::oid_registry[7].rgRecords[0];
-  wchar_t own[] = L"all issuance policies";
-  wchar_t hosts[] = L"a NAME of the host";
-  EXPECT_EQ(korvan::FindOIDInfo(2, own, 8), nullptr);
-  EXPECT_EQ(korvan::FindOIDInfo(2, hosts, 8), &record);
+  COidData& record = *RowOf(CRYPT_POLICY_OID_GROUP_ID, 0);
+  EXPECT_EQ(FindByName(L"all issuance policies", CRYPT_POLICY_OID_GROUP_ID),
+            nullptr);
+  EXPECT_EQ(FindByName(L"a NAME of the host", CRYPT_POLICY_OID_GROUP_ID),
+            &record);
 }
 
 }  // namespace
+}  // namespace korvan::test
 
 int LoadString_korvan(void*, unsigned int, char* buffer, int size) {
+  using korvan::test::reports_none;
+  using korvan::test::text;
   const int length = static_cast<int>(text.size());
   const int copied = length < size ? length : size;
   std::memcpy(buffer, text.data(), static_cast<std::size_t>(copied));

@@ -12,11 +12,8 @@
 #include "oid/expected_rows.h"
 #include "oid/registry_rows.h"
 
+namespace korvan::test {
 namespace {
-
-using korvan::COidData;
-using korvan::oid_registry;
-using korvan::OID_TABLE_INFO;
 
 TEST(OidTables, AreNineGroupsInSearchOrder) {
   ASSERT_EQ(std::size(oid_registry), 9u);
@@ -35,7 +32,7 @@ TEST(OidTables, GroupIdsAreCryptoApisAndOneOfTheProviders) {
   EXPECT_EQ(oid_registry[5].dwGroupId, CRYPT_EXT_OR_ATTR_OID_GROUP_ID);
   EXPECT_EQ(oid_registry[6].dwGroupId, CRYPT_ENHKEY_USAGE_OID_GROUP_ID);
   EXPECT_EQ(oid_registry[7].dwGroupId, CRYPT_POLICY_OID_GROUP_ID);
-  EXPECT_EQ(oid_registry[8].dwGroupId, korvan::PARAMSET_OID_GROUP_ID);
+  EXPECT_EQ(oid_registry[8].dwGroupId, PARAMSET_OID_GROUP_ID);
 }
 
 TEST(OidTables, HoldEveryRowFieldByField) {
@@ -75,12 +72,12 @@ TEST(OidTables, HoldEveryRowFieldByField) {
 TEST(OidTables, ARecordBeginsWithACryptOidInfo) {
   static_assert(sizeof(COidData) == 72, "64 bytes, the flags, padding");
   static_assert(offsetof(COidData, dwOidFlags) == 64, "flags come last");
-  COidData record = *RegistryRows()[29];
+  COidData record = *RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 2);
   CRYPT_OID_INFO info;
   std::memcpy(&info, &record, sizeof info);
   EXPECT_EQ(info.cbSize, sizeof info);
   EXPECT_STREQ(info.pszOID, "1.2.643.2.2.19");
-  EXPECT_EQ(info.dwGroupId, 3u);
+  EXPECT_EQ(info.dwGroupId, CRYPT_PUBKEY_ALG_OID_GROUP_ID);
   EXPECT_EQ(info.Algid, 0x2E23u);
   EXPECT_EQ(info.ExtraInfo.cbData, 0u);
   EXPECT_STREQ(info.pwszCNGAlgid, L"GOST R 34.10-2001");
@@ -99,3 +96,4 @@ TEST(OidTables, ATableIsItsIdItsCountAndItsRecords) {
 }
 
 }  // namespace
+}  // namespace korvan::test

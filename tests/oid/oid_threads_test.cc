@@ -11,15 +11,12 @@
 #include <thread>
 #include <vector>
 
+#include "oid/find.h"
 #include "oid/registry_rows.h"
 #include "support/failing_new.h"
 
+namespace korvan::test {
 namespace {
-
-using korvan::COidData;
-using korvan::FindOIDInfo;
-using korvan::test::LiveBlocks;
-using korvan::test::PausingNew;
 
 constexpr int kThreads = 8;
 
@@ -54,14 +51,13 @@ TEST(OidThreads, ThatMeetAtARecordAllComeBackWithItsOneName) {
     Seen& mine = seen[thread];
     for (const int row : unloaded) {
       const COidData* const asked = rows[static_cast<std::size_t>(row)];
-      std::string oid = asked->pszOID;
-      const COidData* const found = FindOIDInfo(1, &oid[0], asked->dwGroupId);
+      const COidData* const found = FindByOid(asked->pszOID, asked->dwGroupId);
       // Plain reads of what was handed out: they must not race.
       mine.names.push_back(found->pwszName);
       if (found->pwszName != nullptr) {
         mine.characters += std::wcslen(found->pwszName);
       }
-      if (found == asked && (found->dwOidFlags & 2) == 0) {
+      if (found == asked && (found->dwOidFlags & kNameIsOwned) == 0) {
         mine.all_flagged = false;
       }
     }
@@ -74,15 +70,11 @@ TEST(OidThreads, ThatMeetAtARecordAllComeBackWithItsOneName) {
 }
 
 TEST(OidThreads, ThatMeetAtARecordLeaveOneArray) {
-  wchar_t missing[] = L"no such name";
   const long before = LiveBlocks();
-  Together([&](int) {
-    wchar_t mine[] = L"no such name";
-    FindOIDInfo(2, mine, 0);
-  });
+  Together([&](int) { FindUnknownName(kAllGroups); });
   EXPECT_EQ(LiveBlocks() - before, 172);
-  EXPECT_EQ(FindOIDInfo(2, missing, 0), nullptr);
-  korvan::CleanupOidInfo();
+  EXPECT_EQ(FindUnknownName(kAllGroups), nullptr);
+  CleanupOidInfo();
   EXPECT_EQ(LiveBlocks(), before);
 }
 
@@ -101,8 +93,7 @@ TEST(OidThreads, ThatAllMakeTheSameNameKeepOne) {
   const long before = LiveBlocks();
   Together([&](int thread) {
     const PausingNew pausing(WaitForTheOthers);
-    char oid[] = "1.2.643.2.2.19";
-    found[thread] = FindOIDInfo(1, oid, 3);
+    found[thread] = FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
     names[thread] = found[thread]->pwszName;
   });
   EXPECT_EQ(making, kThreads);
@@ -118,11 +109,10 @@ TEST(OidThreads, ThatSearchByNameAllFindTheirs) {
   std::atomic<int> found{0};
   Together([&](int thread) {
     for (int round = 0; round < 200; ++round) {
-      wchar_t common_name[] = L"COMMON NAME";
-      wchar_t lifetime[] = L"lifetime signing";
-      wchar_t missing[] = L"no such name";
-      wchar_t* const kNames[] = {common_name, lifetime, missing};
-      COidData* const record = FindOIDInfo(2, kNames[(thread + round) % 3], 0);
+      const wchar_t* const kNames[] = {L"COMMON NAME", L"lifetime signing",
+                                       L"no such name"};
+      COidData* const record =
+          FindByName(kNames[(thread + round) % 3], kAllGroups);
       if (record != nullptr && record->pwszName[0] != L'\0') {
         ++found;
       }
@@ -144,8 +134,7 @@ TEST(OidThreads, AWalkerThatReadsAtomicallyMayMeetLookups) {
   std::atomic<int> wrong{0};
   Together([&](int thread) {
     if (thread % 2 == 0) {
-      wchar_t missing[] = L"no such name";
-      wrong += FindOIDInfo(2, missing, 0) != nullptr;
+      wrong += FindUnknownName(kAllGroups) != nullptr;
       return;
     }
     for (int round = 0; round < 20; ++round) {
@@ -158,7 +147,7 @@ TEST(OidThreads, AWalkerThatReadsAtomicallyMayMeetLookups) {
             reinterpret_cast<std::uintptr_t>(name) >= 0x10000;
         // A loaded name is whole, and is seen with its flag.
         wrong += is_pointer && std::wcslen(name) > 46;
-        wrong += name == nullptr && (flags & 2) == 0;
+        wrong += name == nullptr && (flags & kNameIsOwned) == 0;
       }
     }
   });
@@ -169,17 +158,18 @@ TEST(OidThreads, ThatMixKeysOfEveryKindFindTheirs) {
   std::atomic<int> wrong{0};
   Together([&](int) {
     for (int round = 0; round < 100; ++round) {
-      char oid[] = "1.2.643.2.2.19";
-      wchar_t name[] = L"gost r 34.10-2001";
-      unsigned int algid = 0x2E23;
-      unsigned int pair[] = {0x801E, 0x2E23};
-      wrong += FindOIDInfo(1, oid, 3)->Algid != algid;
-      wrong += FindOIDInfo(2, name, 3)->Algid != algid;
-      wrong += FindOIDInfo(3, &algid, 0)->Algid != algid;
-      wrong += FindOIDInfo(4, pair, 4)->Algid != pair[0];
+      wrong +=
+          FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID)->Algid !=
+          0x2E23;
+      wrong += FindByName(L"gost r 34.10-2001", CRYPT_PUBKEY_ALG_OID_GROUP_ID)
+                   ->Algid != 0x2E23;
+      wrong += FindByAlgid(0x2E23, kAllGroups)->Algid != 0x2E23;
+      wrong += FindByPair(0x801E, 0x2E23, CRYPT_SIGN_ALG_OID_GROUP_ID)->Algid !=
+               0x801E;
     }
   });
   EXPECT_EQ(wrong, 0);
 }
 
 }  // namespace
+}  // namespace korvan::test

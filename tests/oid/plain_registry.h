@@ -11,7 +11,10 @@
 #include <string>
 #include <vector>
 
+#include "oid/find.h"
 #include "oid/registry_rows.h"
+
+namespace korvan::test {
 
 // The registry as it would be without indexes: copies of its records, searched
 // one after the other. What the library's lookups must be indistinguishable
@@ -19,15 +22,15 @@
 class PlainRegistry {
  public:
   struct Row {
-    korvan::COidData record;
+    COidData record;
     std::wstring loaded;
   };
 
   PlainRegistry() {
-    for (const korvan::COidData* record : RegistryRows()) {
+    for (const COidData* record : RegistryRows()) {
       rows_.push_back({*record, {}});
     }
-    for (const korvan::OID_TABLE_INFO& table : korvan::oid_registry) {
+    for (const OID_TABLE_INFO& table : oid_registry) {
       group_ids_.push_back(table.dwGroupId);
       counts_.push_back(table.cRecords);
     }
@@ -40,9 +43,9 @@ class PlainRegistry {
     if (key == nullptr) {
       return -1;
     }
-    group_id &= 0x7FFFFFFF;
+    group_id &= ~CRYPT_OID_DISABLE_SEARCH_DS_FLAG;
     for (std::size_t table = 0; table < counts_.size(); ++table) {
-      if (group_id != 0 && group_ids_[table] != group_id) {
+      if (group_id != kAllGroups && group_ids_[table] != group_id) {
         continue;
       }
       const int row = FindInTable(table, key_type, key);
@@ -72,19 +75,19 @@ class PlainRegistry {
   }
 
   bool Matches(int row, unsigned int key_type, void* key) {
-    const korvan::COidData& record = At(row).record;
+    const COidData& record = At(row).record;
     unsigned int words[2] = {};
     switch (key_type) {
-      case 1:
+      case CRYPT_OID_INFO_OID_KEY:
         return std::strcmp(record.pszOID, static_cast<char*>(key)) == 0;
-      case 2:
+      case CRYPT_OID_INFO_NAME_KEY:
         Resolve(row);
         return record.pwszName != nullptr &&
                wcscasecmp(record.pwszName, static_cast<wchar_t*>(key)) == 0;
-      case 3:
+      case CRYPT_OID_INFO_ALGID_KEY:
         std::memcpy(words, key, 4);
         return record.Algid == words[0];
-      case 4: {
+      case CRYPT_OID_INFO_SIGN_KEY: {
         std::memcpy(words, key, 8);
         unsigned int second = 0;
         if (record.ExtraInfo.pbData != nullptr &&
@@ -101,7 +104,7 @@ class PlainRegistry {
   void Load(int row, unsigned int number) {
     Row& loading = At(row);
     loading.record.pwszName = nullptr;
-    loading.record.dwOidFlags |= 2;
+    loading.record.dwOidFlags |= kNameIsOwned;
     char text[256] = {};
     if (LoadString_korvan(nullptr, number, text, 256) == 0) {
       return;
@@ -120,10 +123,10 @@ class PlainRegistry {
 
   void Cleanup() {
     for (Row& row : rows_) {
-      if ((row.record.dwOidFlags & 2) == 0) {
+      if ((row.record.dwOidFlags & kNameIsOwned) == 0) {
         continue;
       }
-      row.record.dwOidFlags &= ~2u;
+      row.record.dwOidFlags &= ~kNameIsOwned;
       row.record.pwszName = nullptr;
     }
   }
@@ -132,7 +135,7 @@ class PlainRegistry {
   Row& At(int row) { return rows_[static_cast<std::size_t>(row)]; }
 
   void Resolve(int row) {
-    const korvan::COidData& record = At(row).record;
+    const COidData& record = At(row).record;
     if (HoldsTextNumber(record)) {
       Load(row, static_cast<unsigned int>(
                     reinterpret_cast<std::uintptr_t>(record.pwszName)));
@@ -143,5 +146,7 @@ class PlainRegistry {
   std::vector<unsigned int> group_ids_;
   std::vector<int> counts_;
 };
+
+}  // namespace korvan::test
 
 #endif  // KORVAN_TESTS_OID_PLAIN_REGISTRY_H_

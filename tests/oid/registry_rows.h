@@ -4,13 +4,20 @@
 
 #include <korvan/oid_info.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <vector>
 
-inline std::vector<korvan::COidData*> RegistryRows() {
-  std::vector<korvan::COidData*> rows;
-  for (const korvan::OID_TABLE_INFO& table : korvan::oid_registry) {
+namespace korvan::test {
+
+// The bits of a record's flags.
+constexpr unsigned int kMark = 0x1;
+constexpr unsigned int kNameIsOwned = 0x2;
+
+inline std::vector<COidData*> RegistryRows() {
+  std::vector<COidData*> rows;
+  for (const OID_TABLE_INFO& table : oid_registry) {
     for (int i = 0; i < table.cRecords; ++i) {
       rows.push_back(&table.rgRecords[i]);
     }
@@ -21,7 +28,7 @@ inline std::vector<korvan::COidData*> RegistryRows() {
 // The number of the first row of a group.
 inline int FirstRowOf(unsigned int group) {
   int first = 0;
-  for (const korvan::OID_TABLE_INFO& table : korvan::oid_registry) {
+  for (const OID_TABLE_INFO& table : oid_registry) {
     if (table.dwGroupId == group) {
       break;
     }
@@ -30,7 +37,12 @@ inline int FirstRowOf(unsigned int group) {
   return first;
 }
 
-inline bool HoldsTextNumber(const korvan::COidData& record) {
+// The record that stands at `row` of a group, counted from 0 there.
+inline COidData* RowOf(unsigned int group, int row) {
+  return RegistryRows().at(static_cast<std::size_t>(FirstRowOf(group) + row));
+}
+
+inline bool HoldsTextNumber(const COidData& record) {
   const auto name = reinterpret_cast<std::uintptr_t>(record.pwszName);
   return name != 0 && name < 0x10000;
 }
@@ -38,7 +50,7 @@ inline bool HoldsTextNumber(const korvan::COidData& record) {
 inline std::set<int> RowsThatHoldTextNumbers() {
   std::set<int> numbers;
   int row = 0;
-  for (const korvan::COidData* record : RegistryRows()) {
+  for (const COidData* record : RegistryRows()) {
     if (HoldsTextNumber(*record)) {
       numbers.insert(row);
     }
@@ -46,5 +58,7 @@ inline std::set<int> RowsThatHoldTextNumbers() {
   }
   return numbers;
 }
+
+}  // namespace korvan::test
 
 #endif  // KORVAN_TESTS_OID_REGISTRY_ROWS_H_
