@@ -4,11 +4,17 @@
 #include <korvan/oid_info.h>
 #include <korvan/platform/last_error.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <cwchar>
 #include <cwctype>
+#include <iterator>
+#include <ostream>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "oid/expected_rows.h"
@@ -20,10 +26,10 @@
 namespace korvan::test {
 namespace {
 
-// The first row that `is_wanted`, in one group or, with group 0, in all.
+// The first row that `is_wanted`, in one group or in all.
 template <class IsWanted>
 COidData* FirstRow(unsigned int group, IsWanted is_wanted) {
-  const auto rows = RegistryRows();
+  static const std::vector<COidData*> rows = RegistryRows();
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if ((group == kAllGroups || kExpectedRows[i].group == group) &&
         is_wanted(kExpectedRows[i])) {
@@ -33,27 +39,137 @@ COidData* FirstRow(unsigned int group, IsWanted is_wanted) {
   return nullptr;
 }
 
-wchar_t Upper(wchar_t c) {
-  return static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(c)));
+COidData* FindOidOf(const ExpectedRow& row, unsigned int group) {
+  return FindByOid(row.oid, group);
 }
 
-wchar_t Lower(wchar_t c) {
-  return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
+COidData* FindNameOf(const ExpectedRow& row, unsigned int group) {
+  return FindByName(row.name, group);
 }
 
-constexpr unsigned int kTopBit = CRYPT_OID_DISABLE_SEARCH_DS_FLAG;
+template <std::wint_t (*ToCase)(std::wint_t)>
+COidData* FindNameInCase(const ExpectedRow& row, unsigned int group) {
+  std::wstring name = row.name;
+  for (wchar_t& c : name) {
+    c = static_cast<wchar_t>(ToCase(static_cast<std::wint_t>(c)));
+  }
+  return FindByName(name.c_str(), group);
+}
 
-TEST(OidLookup, FindsTheFirstRowOfEveryOid) {
-  for (const ExpectedRow& row : kExpectedRows) {
-    const auto same = [&](const ExpectedRow& other) {
-      return std::strcmp(other.oid, row.oid) == 0;
-    };
-    SCOPED_TRACE(row.oid);
-    EXPECT_EQ(FindByOid(row.oid, row.group), FirstRow(row.group, same));
-    EXPECT_EQ(FindByOid(row.oid, row.group | kTopBit),
-              FirstRow(row.group, same));
-    EXPECT_EQ(FindByOid(row.oid, kAllGroups), FirstRow(kAllGroups, same));
-    EXPECT_EQ(FindByOid(row.oid, kTopBit), FirstRow(kAllGroups, same));
+COidData* FindAlgidOf(const ExpectedRow& row, unsigned int group) {
+  return FindByAlgid(row.algid, group);
+}
+
+COidData* FindPairOf(const ExpectedRow& row, unsigned int group) {
+  return FindByPair(row.algid, row.SecondAlgid(), group);
+}
+
+bool ShareOid(const ExpectedRow& row, const ExpectedRow& other) {
+  return std::strcmp(row.oid, other.oid) == 0;
+}
+
+bool ShareName(const ExpectedRow& row, const ExpectedRow& other) {
+  return row.name != nullptr && other.name != nullptr &&
+         wcscasecmp(row.name, other.name) == 0;
+}
+
+bool ShareAlgid(const ExpectedRow& row, const ExpectedRow& other) {
+  return row.algid == other.algid;
+}
+
+bool SharePair(const ExpectedRow& row, const ExpectedRow& other) {
+  return row.algid == other.algid && row.SecondAlgid() == other.SecondAlgid();
+}
+
+// A kind of key: how the key of a row is searched for, and whether two rows
+// have the same. A row without such a key shares it with no row, not even with
+// itself.
+struct KeyKind {
+  const char* name;
+  COidData* (*find)(const ExpectedRow& row, unsigned int group);
+  bool (*share)(const ExpectedRow& row, const ExpectedRow& other);
+
+  friend void PrintTo(const KeyKind& kind, std::ostream* out) {
+    *out << kind.name;
+  }
+};
+
+// clang-format off
+const KeyKind kKeyKinds[] = {
+    {"Oid",             FindOidOf,                     ShareOid},
+    {"Name",            FindNameOf,                    ShareName},
+    {"NameInUpperCase", FindNameInCase<std::towupper>, ShareName},
+    {"NameInLowerCase", FindNameInCase<std::towlower>, ShareName},
+    {"Algid",           FindAlgidOf,                   ShareAlgid},
+    {"Pair",            FindPairOf,                    SharePair},
+};
+// clang-format on
+
+// Where the key of a row is searched for.
+struct Scope {
+  const char* name;
+  bool is_own_group;  // the row's, or all groups
+  unsigned int flag;  // what is added to the group
+
+  friend void PrintTo(const Scope& scope, std::ostream* out) {
+    *out << scope.name;
+  }
+};
+
+// clang-format off
+const Scope kScopes[] = {
+    {"InItsGroup",               true,  0},
+    {"InItsGroupWithTheTopBit",  true,  CRYPT_OID_DISABLE_SEARCH_DS_FLAG},
+    {"InAllGroups",              false, 0},
+    {"InAllGroupsWithTheTopBit", false, CRYPT_OID_DISABLE_SEARCH_DS_FLAG},
+};
+// clang-format on
+
+std::vector<ExpectedRow> RowsWith(const KeyKind& kind) {
+  std::vector<ExpectedRow> rows;
+  std::ranges::copy_if(
+      kExpectedRows, std::back_inserter(rows),
+      [&](const ExpectedRow& row) { return kind.share(row, row); });
+  return rows;
+}
+
+// The first row, in one group or in all, that has the key of `row`.
+COidData* FirstWithKeyOf(const ExpectedRow& row, const KeyKind& kind,
+                         unsigned int group) {
+  return FirstRow(
+      group, [&](const ExpectedRow& other) { return kind.share(row, other); });
+}
+
+class OidLookupByKey
+    : public testing::TestWithParam<std::tuple<KeyKind, Scope>> {};
+
+TEST_P(OidLookupByKey, TheFirstRowWithTheKeyIsFound) {
+  const auto& [kind, scope] = GetParam();
+  for (const ExpectedRow& row : RowsWith(kind)) {
+    const unsigned int group = scope.is_own_group ? row.group : kAllGroups;
+    EXPECT_EQ(kind.find(row, group | scope.flag),
+              FirstWithKeyOf(row, kind, group))
+        << "group " << row.group << ", OID " << row.oid;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryKind, OidLookupByKey,
+                         testing::Combine(testing::ValuesIn(kKeyKinds),
+                                          testing::ValuesIn(kScopes)),
+                         [](const auto& setting) {
+                           return std::get<KeyKind>(setting.param).name +
+                                  std::string("_") +
+                                  std::get<Scope>(setting.param).name;
+                         });
+
+TEST(OidLookup, NothingIsFoundInAGroupThatLacksTheKey) {
+  for (const KeyKind& kind : kKeyKinds) {
+    for (const ExpectedRow& row : RowsWith(kind)) {
+      for (const ExpectedGroup& group : kExpectedGroups) {
+        EXPECT_EQ(kind.find(row, group.id), FirstWithKeyOf(row, kind, group.id))
+            << kind.name << " of OID " << row.oid << " in group " << group.id;
+      }
+    }
   }
 }
 
@@ -75,105 +191,28 @@ TEST(OidLookup, AnOidThatDiffersInOneCharacterIsAnother) {
   }
 }
 
-TEST(OidLookup, FindsTheFirstRowOfEveryNameInAnyCase) {
-  for (const ExpectedRow& row : kExpectedRows) {
-    if (row.name == nullptr) {
-      continue;
-    }
-    const auto same = [&](const ExpectedRow& other) {
-      return other.name != nullptr && wcscasecmp(other.name, row.name) == 0;
-    };
-    std::wstring upper = row.name;
-    std::wstring lower = row.name;
-    for (wchar_t& c : upper) {
-      c = Upper(c);
-    }
-    for (wchar_t& c : lower) {
-      c = Lower(c);
-    }
-    for (const std::wstring& name : {std::wstring(row.name), upper, lower}) {
-      SCOPED_TRACE(testing::PrintToString(name));
-      EXPECT_EQ(FindByName(name.c_str(), row.group), FirstRow(row.group, same));
-      EXPECT_EQ(FindByName(name.c_str(), row.group | kTopBit),
-                FirstRow(row.group, same));
-      EXPECT_EQ(FindByName(name.c_str(), kAllGroups),
-                FirstRow(kAllGroups, same));
-      EXPECT_EQ(FindByName(name.c_str(), kTopBit), FirstRow(kAllGroups, same));
-    }
-  }
-}
-
-TEST(OidLookup, FindsTheFirstRowOfEveryAlgid) {
-  for (const ExpectedRow& row : kExpectedRows) {
-    const auto same = [&](const ExpectedRow& other) {
-      return other.algid == row.algid;
-    };
-    SCOPED_TRACE(row.algid);
-    EXPECT_EQ(FindByAlgid(row.algid, row.group), FirstRow(row.group, same));
-    EXPECT_EQ(FindByAlgid(row.algid, row.group | kTopBit),
-              FirstRow(row.group, same));
-    EXPECT_EQ(FindByAlgid(row.algid, kAllGroups), FirstRow(kAllGroups, same));
-  }
-}
-
-TEST(OidLookup, FindsTheFirstRowOfEveryPair) {
-  for (const ExpectedRow& row : kExpectedRows) {
-    const auto same = [&](const ExpectedRow& other) {
-      return other.algid == row.algid &&
-             other.SecondAlgid() == row.SecondAlgid();
-    };
-    SCOPED_TRACE(row.oid);
-    EXPECT_EQ(FindByPair(row.algid, row.SecondAlgid(), row.group),
-              FirstRow(row.group, same));
-    EXPECT_EQ(FindByPair(row.algid, row.SecondAlgid(), row.group | kTopBit),
-              FirstRow(row.group, same));
-    EXPECT_EQ(FindByPair(row.algid, row.SecondAlgid(), kAllGroups),
-              FirstRow(kAllGroups, same));
-  }
-}
-
-TEST(OidLookup, FindsNothingInAGroupThatLacksTheKey) {
-  for (const ExpectedRow& row : kExpectedRows) {
-    for (const ExpectedGroup& group : kExpectedGroups) {
-      const auto same = [&](const ExpectedRow& other) {
-        return std::strcmp(other.oid, row.oid) == 0;
-      };
-      EXPECT_EQ(FindByOid(row.oid, group.id), FirstRow(group.id, same));
-    }
-  }
-}
-
 TEST(OidLookup, AnAliasRowIsFoundByItsOwnNameOnly) {
-  EXPECT_EQ(FindByOid("1.3.14.3.2.26", CRYPT_HASH_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 5));
-  EXPECT_EQ(FindByName(L"sha", CRYPT_HASH_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 6));
-  EXPECT_EQ(FindByOid("1.3.14.3.2.18", CRYPT_HASH_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 7));
+  constexpr unsigned int kGroup = CRYPT_HASH_ALG_OID_GROUP_ID;
+  EXPECT_EQ(FindByOid("1.3.14.3.2.26", kGroup), RowOf(kGroup, 5));
+  EXPECT_EQ(FindByName(L"sha", kGroup), RowOf(kGroup, 6));
+  EXPECT_EQ(FindByOid("1.3.14.3.2.18", kGroup), RowOf(kGroup, 7));
 }
 
 TEST(OidLookup, TheFirstRsaRowWinsByOidAndByName) {
-  EXPECT_EQ(FindByOid("1.2.840.113549.1.1.1", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 4));
-  EXPECT_EQ(FindByName(L"RSA", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 4));
-  EXPECT_EQ(FindByName(L"RSA_KEYX", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 7));
-  EXPECT_EQ(FindByName(L"RSA_SIGN", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 9));
-  EXPECT_EQ(FindByAlgid(CALG_RSA_KEYX, CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 4));
-  EXPECT_EQ(FindByAlgid(CALG_RSA_SIGN, CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 8));
+  constexpr unsigned int kGroup = CRYPT_PUBKEY_ALG_OID_GROUP_ID;
+  EXPECT_EQ(FindByOid("1.2.840.113549.1.1.1", kGroup), RowOf(kGroup, 4));
+  EXPECT_EQ(FindByName(L"RSA", kGroup), RowOf(kGroup, 4));
+  EXPECT_EQ(FindByName(L"RSA_KEYX", kGroup), RowOf(kGroup, 7));
+  EXPECT_EQ(FindByName(L"RSA_SIGN", kGroup), RowOf(kGroup, 9));
+  EXPECT_EQ(FindByAlgid(CALG_RSA_KEYX, kGroup), RowOf(kGroup, 4));
+  EXPECT_EQ(FindByAlgid(CALG_RSA_SIGN, kGroup), RowOf(kGroup, 8));
 }
 
-TEST(OidLookup, TheSecondPhoneIsShadowedForEveryKey) {
-  EXPECT_EQ(FindByOid("2.5.4.20", CRYPT_RDN_ATTR_OID_GROUP_ID),
-            RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 23));
-  EXPECT_EQ(FindByName(L"Phone", CRYPT_RDN_ATTR_OID_GROUP_ID),
-            RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 23));
-  EXPECT_EQ(FindByAlgid(0, CRYPT_RDN_ATTR_OID_GROUP_ID),
-            RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 0));
+TEST(OidLookup, TheSecondPhoneIsFoundByNoKey) {
+  constexpr unsigned int kGroup = CRYPT_RDN_ATTR_OID_GROUP_ID;
+  EXPECT_EQ(FindByOid("2.5.4.20", kGroup), RowOf(kGroup, 23));
+  EXPECT_EQ(FindByName(L"Phone", kGroup), RowOf(kGroup, 23));
+  EXPECT_EQ(FindByAlgid(0, kGroup), RowOf(kGroup, 0));
 }
 
 TEST(OidLookup, AnEmptyNameIsANameAndIsFound) {
@@ -192,7 +231,7 @@ TEST(OidLookup, AllGroupsAreSearchedInTheOrderOfTheRegistry) {
   EXPECT_EQ(FindByAlgid(0, kAllGroups), RowOf(CRYPT_RDN_ATTR_OID_GROUP_ID, 0));
 }
 
-TEST(OidLookup, ARecordWithoutExtraInformationIsAPairWith0) {
+TEST(OidLookup, ARecordWithoutExtraInformationIsFoundByAPairWith0) {
   EXPECT_EQ(FindByPair(CALG_SHA1, 0, kAllGroups),
             RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 5));
   EXPECT_EQ(FindByPair(CALG_SHA1, CALG_RSA_SIGN, CRYPT_SIGN_ALG_OID_GROUP_ID),
@@ -210,12 +249,11 @@ TEST(OidLookup, TheTopBitOfTheGroupIsIgnored) {
             RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 2));
 }
 
-TEST(OidLookup, ComparesOidsByteForByte) {
-  EXPECT_EQ(FindByOid("1.2.643.2.2.1", CRYPT_PUBKEY_ALG_OID_GROUP_ID), nullptr);
-  EXPECT_EQ(FindByOid("1.2.643.2.2.199", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            nullptr);
-  EXPECT_EQ(FindByOid(" 1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            nullptr);
+TEST(OidLookup, OidsAreComparedByteForByte) {
+  constexpr unsigned int kGroup = CRYPT_PUBKEY_ALG_OID_GROUP_ID;
+  EXPECT_EQ(FindByOid("1.2.643.2.2.1", kGroup), nullptr);
+  EXPECT_EQ(FindByOid("1.2.643.2.2.199", kGroup), nullptr);
+  EXPECT_EQ(FindByOid(" 1.2.643.2.2.19", kGroup), nullptr);
   EXPECT_EQ(FindByOid("", kAllGroups), nullptr);
   EXPECT_EQ(FindByOid("2", kAllGroups), nullptr);
   EXPECT_EQ(FindByOid("2.5.4", kAllGroups), nullptr);
@@ -246,34 +284,32 @@ TEST(OidLookup, AKeyThatGoesOnBehindANameIsAnotherKey) {
 
 // The text as a key whose terminator is the last thing that may be read.
 template <class Character>
-void* AtTheEdge(GuardedRoom& room, const std::basic_string<Character>& text) {
+const Character* AtTheEdge(GuardedRoom& room,
+                           const std::basic_string<Character>& text) {
   const auto* const bytes =
       reinterpret_cast<const unsigned char*>(text.c_str());
-  return room.Place({bytes, (text.size() + 1) * sizeof(Character)});
+  return reinterpret_cast<const Character*>(
+      room.Place({bytes, (text.size() + 1) * sizeof(Character)}));
 }
 
-TEST(OidLookup, ReadsNoFurtherThanTheKey) {
+TEST(OidLookup, ASearchThatFindsReadsNoFurtherThanTheKey) {
   GuardedRoom room(4096);
   for (const ExpectedRow& row : kExpectedRows) {
-    EXPECT_NE(FindOIDInfo(CRYPT_OID_INFO_OID_KEY,
-                          AtTheEdge<char>(room, row.oid), row.group),
-              nullptr);
-    if (row.name == nullptr) {
-      continue;
+    EXPECT_NE(FindByOid(AtTheEdge<char>(room, row.oid), row.group), nullptr);
+    if (row.name != nullptr) {
+      EXPECT_NE(FindByName(AtTheEdge<wchar_t>(room, row.name), row.group),
+                nullptr);
     }
-    EXPECT_NE(FindOIDInfo(CRYPT_OID_INFO_NAME_KEY,
-                          AtTheEdge<wchar_t>(room, row.name), row.group),
-              nullptr);
   }
+}
+
+TEST(OidLookup, ASearchThatFindsNothingReadsNoFurtherThanTheKey) {
+  GuardedRoom room(4096);
   for (std::size_t length = 1; length < 60; ++length) {
     const std::string oid(length, '1');
-    EXPECT_EQ(
-        FindOIDInfo(CRYPT_OID_INFO_OID_KEY, AtTheEdge(room, oid), kAllGroups),
-        nullptr);
+    EXPECT_EQ(FindByOid(AtTheEdge(room, oid), kAllGroups), nullptr);
     const std::wstring name(length, L'1');
-    EXPECT_EQ(
-        FindOIDInfo(CRYPT_OID_INFO_NAME_KEY, AtTheEdge(room, name), kAllGroups),
-        nullptr);
+    EXPECT_EQ(FindByName(AtTheEdge(room, name), kAllGroups), nullptr);
   }
 }
 
@@ -303,7 +339,7 @@ TEST(OidLookup, AnUnknownKeyTypeMatchesNothing) {
 }
 
 TEST(OidLookup, AnUnknownGroupHoldsNothing) {
-  for (unsigned int group :
+  for (const unsigned int group :
        {kUnknownGroup, 10u, 19u, 21u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     EXPECT_EQ(FindByOid("2.5.4.3", group), nullptr);
     EXPECT_EQ(FindByName(L"CN", group), nullptr);
@@ -320,7 +356,7 @@ TEST(OidLookup, AnUnknownNameIsNotFound) {
             nullptr);
 }
 
-TEST(OidLookup, AnUnknownAlgidIsNotFound) {
+TEST(OidLookup, EveryAlgidOf16BitsIsFoundInItsFirstRowOrNotAtAll) {
   for (unsigned int algid = 0; algid < 0x10000; ++algid) {
     const auto same = [&](const ExpectedRow& other) {
       return other.algid == algid;
@@ -328,10 +364,14 @@ TEST(OidLookup, AnUnknownAlgidIsNotFound) {
     ASSERT_EQ(FindByAlgid(algid, kAllGroups), FirstRow(kAllGroups, same))
         << algid;
   }
-  EXPECT_EQ(FindByAlgid(0xFFFFFFFF, kAllGroups), nullptr);
 }
 
-TEST(OidLookup, AnUnknownPairIsNotFound) {
+TEST(OidLookup, AnAlgidOf32BitsIsNotFound) {
+  EXPECT_EQ(FindByAlgid(0xFFFFFFFF, kAllGroups), nullptr);
+  EXPECT_EQ(FindByAlgid(0x10000 | CALG_SHA1, kAllGroups), nullptr);
+}
+
+TEST(OidLookup, EveryPairOfKnownAlgidsIsFoundInItsFirstRowOrNotAtAll) {
   for (const ExpectedRow& first : kExpectedRows) {
     if (first.algid == 0) {
       continue;
@@ -362,22 +402,19 @@ TEST(OidLookup, KeysOfNumbersNeedNoAlignment) {
 }
 
 TEST(OidLookup, TheThreeEntryPointsAgree) {
+  constexpr unsigned int kGroup = CRYPT_PUBKEY_ALG_OID_GROUP_ID;
   char oid[] = "1.2.643.2.2.19";
-  COidData* const row = RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 2);
-  EXPECT_EQ(
-      FindOIDInfo(CRYPT_OID_INFO_OID_KEY, oid, CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-      row);
-  EXPECT_EQ(FindOIDInfoInternal(CRYPT_OID_INFO_OID_KEY, oid,
-                                CRYPT_PUBKEY_ALG_OID_GROUP_ID),
-            row);
+  COidData* const row = RowOf(kGroup, 2);
+  EXPECT_EQ(FindOIDInfo(CRYPT_OID_INFO_OID_KEY, oid, kGroup), row);
+  EXPECT_EQ(FindOIDInfoInternal(CRYPT_OID_INFO_OID_KEY, oid, kGroup), row);
   EXPECT_EQ(FindOIDInfoInternal(oid_registry[2], CRYPT_OID_INFO_OID_KEY, oid),
             row);
   EXPECT_EQ(FindOIDInfoInternal(oid_registry[1], CRYPT_OID_INFO_OID_KEY, oid),
             nullptr);
 }
 
-TEST(OidLookup, LeavesTheLastErrorAloneWhereNoTextIsMissing) {
-  FindUnknownName(kAllGroups);
+TEST(OidLookup, ASearchThatMeetsNoMissingTextLeavesTheLastErrorAlone) {
+  FindUnknownName(kAllGroups);  // loads every name
   SetLastError(kUntouchedError);
   FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
   FindByOid("no OID", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
