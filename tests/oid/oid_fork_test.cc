@@ -12,6 +12,7 @@
 
 #include "oid/find.h"
 #include "oid/registry_rows.h"
+#include "support/together.h"
 
 namespace korvan::test {
 namespace {
@@ -48,18 +49,12 @@ int ForkWhileLoading(const char* locale, int delay) {
   if (std::setlocale(LC_ALL, locale) == nullptr) {
     return kNoLocale;
   }
-  std::atomic<int> waiting{kLoadingThreads + 1};
-  const auto meet = [&] {
-    --waiting;
-    while (waiting > 0) {
-      std::this_thread::yield();
-    }
-  };
+  MeetingPoint start(kLoadingThreads + 1);
   std::vector<std::thread> threads;
   for (int i = 0; i < kLoadingThreads; ++i) {
     threads.emplace_back([&, i] {
       const auto rows = RegistryRows();
-      meet();
+      start.Meet();
       auto row = static_cast<std::size_t>(i);
       while (row < rows.size()) {
         FindByOid(rows[row]->pszOID, rows[row]->dwGroupId);
@@ -67,7 +62,7 @@ int ForkWhileLoading(const char* locale, int delay) {
       }
     });
   }
-  meet();
+  start.Meet();
   for (std::atomic<int> turns{delay}; turns > 0; --turns) {
   }
   const pid_t child = fork();

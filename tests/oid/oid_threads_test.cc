@@ -7,38 +7,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <cwchar>
-#include <string>
-#include <thread>
 #include <vector>
 
 #include "oid/find.h"
 #include "oid/registry_rows.h"
 #include "support/failing_new.h"
+#include "support/together.h"
 
 namespace korvan::test {
 namespace {
 
 constexpr int kThreads = 8;
 
-// Runs `work(thread number)` on all threads, which start together.
-template <class Work>
-void Together(Work work) {
-  std::atomic<int> waiting{kThreads};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, i] {
-      --waiting;
-      while (waiting > 0) {
-      }
-      work(i);
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-}
-
-TEST(OidThreads, ThatMeetAtARecordAllComeBackWithItsOneName) {
+TEST(OidThreads, ThreadsThatMeetAtARecordAllComeBackWithItsOneName) {
   struct Seen {
     std::vector<const wchar_t*> names;
     std::size_t characters = 0;
@@ -47,7 +28,7 @@ TEST(OidThreads, ThatMeetAtARecordAllComeBackWithItsOneName) {
   const auto rows = RegistryRows();
   const auto unloaded = RowsThatHoldTextNumbers();
   Seen seen[kThreads];
-  Together([&](int thread) {
+  RunTogether(kThreads, [&](int thread) {
     Seen& mine = seen[thread];
     for (const int row : unloaded) {
       const COidData* const asked = rows[static_cast<std::size_t>(row)];
@@ -69,34 +50,34 @@ TEST(OidThreads, ThatMeetAtARecordAllComeBackWithItsOneName) {
   }
 }
 
-TEST(OidThreads, ThatMeetAtARecordLeaveOneArray) {
+TEST(OidThreads, ThreadsThatMeetAtARecordLeaveOneArray) {
   const long before = LiveBlocks();
-  Together([&](int) { FindUnknownName(kAllGroups); });
+  RunTogether(kThreads, [&](int) { FindUnknownName(kAllGroups); });
   EXPECT_EQ(LiveBlocks() - before, 172);
   EXPECT_EQ(FindUnknownName(kAllGroups), nullptr);
   CleanupOidInfo();
   EXPECT_EQ(LiveBlocks(), before);
 }
 
-// Threads that have all come to make the name of one record.
-std::atomic<int> making{0};
+// Where every thread waits that is about to make the name of one record.
+MeetingPoint making(kThreads);
+std::atomic<int> made{0};
 
 void WaitForTheOthers() {
-  ++making;
-  while (making < kThreads) {
-  }
+  making.Meet();
+  ++made;
 }
 
-TEST(OidThreads, ThatAllMakeTheSameNameKeepOne) {
+TEST(OidThreads, ThreadsThatAllMakeOneNameKeepOneOfThem) {
   const COidData* found[kThreads] = {};
   const wchar_t* names[kThreads] = {};
   const long before = LiveBlocks();
-  Together([&](int thread) {
+  RunTogether(kThreads, [&](int thread) {
     const PausingNew pausing(WaitForTheOthers);
     found[thread] = FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID);
     names[thread] = found[thread]->pwszName;
   });
-  EXPECT_EQ(making, kThreads);
+  EXPECT_EQ(made, kThreads);
   EXPECT_EQ(LiveBlocks() - before, 1);
   for (int thread = 0; thread < kThreads; ++thread) {
     EXPECT_EQ(found[thread], found[0]);
@@ -105,34 +86,33 @@ TEST(OidThreads, ThatAllMakeTheSameNameKeepOne) {
   EXPECT_STREQ(names[0], L"GOST R 34.10-2001");
 }
 
-TEST(OidThreads, ThatSearchByNameAllFindTheirs) {
-  std::atomic<int> found{0};
-  Together([&](int thread) {
+TEST(OidThreads, ThreadsThatSearchByNameAllFindTheirs) {
+  const struct {
+    const wchar_t* name;
+    const COidData* record;
+  } kSearches[] = {
+      {L"COMMON NAME", RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 53)},
+      {L"lifetime signing", RowOf(CRYPT_ENHKEY_USAGE_OID_GROUP_ID, 30)},
+      {L"no such name", nullptr},
+  };
+  std::atomic<int> wrong{0};
+  RunTogether(kThreads, [&](int thread) {
     for (int round = 0; round < 200; ++round) {
-      const wchar_t* const kNames[] = {L"COMMON NAME", L"lifetime signing",
-                                       L"no such name"};
-      COidData* const record =
-          FindByName(kNames[(thread + round) % 3], kAllGroups);
-      if (record != nullptr && record->pwszName[0] != L'\0') {
-        ++found;
-      }
+      const auto& search = kSearches[(thread + round) % 3];
+      const COidData* const found = FindByName(search.name, kAllGroups);
+      wrong += found != search.record;
+      wrong +=
+          found != nullptr && wcscasecmp(found->pwszName, search.name) != 0;
     }
   });
-  // Of 200 rounds, 66 or 67 ask for the name that is not there.
-  int missing = 0;
-  for (int thread = 0; thread < kThreads; ++thread) {
-    for (int round = 0; round < 200; ++round) {
-      missing += (thread + round) % 3 == 2;
-    }
-  }
-  EXPECT_EQ(found, kThreads * 200 - missing);
+  EXPECT_EQ(wrong, 0);
 }
 
 // Half of the threads look up, the others walk the registry and read what the
 // lookups write.
 TEST(OidThreads, AWalkerThatReadsAtomicallyMayMeetLookups) {
   std::atomic<int> wrong{0};
-  Together([&](int thread) {
+  RunTogether(kThreads, [&](int thread) {
     if (thread % 2 == 0) {
       wrong += FindUnknownName(kAllGroups) != nullptr;
       return;
@@ -154,18 +134,16 @@ TEST(OidThreads, AWalkerThatReadsAtomicallyMayMeetLookups) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST(OidThreads, ThatMixKeysOfEveryKindFindTheirs) {
+TEST(OidThreads, ThreadsThatMixKeysOfEveryKindFindTheirs) {
+  const COidData* const key = RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 2);
+  const COidData* const signature = RowOf(CRYPT_SIGN_ALG_OID_GROUP_ID, 2);
   std::atomic<int> wrong{0};
-  Together([&](int) {
+  RunTogether(kThreads, [&](int) {
     for (int round = 0; round < 100; ++round) {
-      wrong +=
-          FindByOid("1.2.643.2.2.19", CRYPT_PUBKEY_ALG_OID_GROUP_ID)->Algid !=
-          0x2E23;
-      wrong += FindByName(L"gost r 34.10-2001", CRYPT_PUBKEY_ALG_OID_GROUP_ID)
-                   ->Algid != 0x2E23;
-      wrong += FindByAlgid(0x2E23, kAllGroups)->Algid != 0x2E23;
-      wrong += FindByPair(0x801E, 0x2E23, CRYPT_SIGN_ALG_OID_GROUP_ID)->Algid !=
-               0x801E;
+      wrong += FindByOid("1.2.643.2.2.19", kAllGroups) != key;
+      wrong += FindByName(L"gost r 34.10-2001", kAllGroups) != key;
+      wrong += FindByAlgid(0x2E23, kAllGroups) != key;
+      wrong += FindByPair(0x801E, 0x2E23, kAllGroups) != signature;
     }
   });
   EXPECT_EQ(wrong, 0);
