@@ -1,5 +1,5 @@
-// Names from texts that the library's table does not have. The program's own
-// LoadString_korvan takes the library's place, as any host's would.
+// What names become when a host replaces the string function: this program's
+// LoadString_korvan takes the place of the library's, as a host's would.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/string_resources.h>
@@ -27,14 +27,14 @@ std::unique_ptr<const wchar_t[]> NameMadeOf(const std::string& from,
   return std::unique_ptr<const wchar_t[]>(record.pwszName);
 }
 
-TEST(OidStrangeText, OfOneCharacterIsAName) {
+TEST(OidHostStrings, ATextOfOneCharacterIsAName) {
   COidData record;
   const auto name = NameMadeOf("x", record);
   ASSERT_NE(name, nullptr);
   EXPECT_STREQ(name.get(), L"x");
 }
 
-TEST(OidStrangeText, ThatTheLocaleCanNotConvertLeavesNoName) {
+TEST(OidHostStrings, ATextThatTheLocaleCanNotConvertLeavesNoName) {
   ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
   for (const std::size_t length : {0u, 3u, 200u}) {
     COidData record;
@@ -43,7 +43,7 @@ TEST(OidStrangeText, ThatTheLocaleCanNotConvertLeavesNoName) {
   }
 }
 
-TEST(OidStrangeText, ThatIsReportedAsNoneIsNone) {
+TEST(OidHostStrings, ATextThatTheHostReportsAsNoneLeavesNoName) {
   reports_none = true;
   COidData record;
   EXPECT_EQ(NameMadeOf("written all the same", record), nullptr);
@@ -51,7 +51,7 @@ TEST(OidStrangeText, ThatIsReportedAsNoneIsNone) {
   reports_none = false;
 }
 
-TEST(OidStrangeText, OfSeveralBytesACharacterIsAsLongAsItsCharacters) {
+TEST(OidHostStrings, ATextOfSeveralBytesACharacterIsAsLongAsItsCharacters) {
   ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
   COidData record;
   const auto name = NameMadeOf("\xD0\x98\xD0\xBC\xD1\x8F", record);
@@ -59,7 +59,7 @@ TEST(OidStrangeText, OfSeveralBytesACharacterIsAsLongAsItsCharacters) {
   EXPECT_STREQ(name.get(), L"\x0418\x043C\x044F");
 }
 
-TEST(OidStrangeText, IsReadUpToItsFirst256Bytes) {
+TEST(OidHostStrings, ATextIsReadUpToItsFirst256Bytes) {
   for (std::size_t length : {255u, 256u, 257u}) {
     COidData record;
     const auto name = NameMadeOf(std::string(length, 'y'), record);
@@ -69,7 +69,7 @@ TEST(OidStrangeText, IsReadUpToItsFirst256Bytes) {
   }
 }
 
-TEST(OidStrangeText, OfTheRegistryIsFoundAsItIs) {
+TEST(OidHostStrings, ARecordOfTheRegistryIsFoundByTheHostsTextOnly) {
   text = "A name of the host";
   COidData& record = *RowOf(CRYPT_POLICY_OID_GROUP_ID, 0);
   EXPECT_EQ(FindByName(L"all issuance policies", CRYPT_POLICY_OID_GROUP_ID),
