@@ -65,7 +65,7 @@ std::size_t PagesInUse() {
   return resident;
 }
 
-TEST(Unload, ReallyUnmapsTheLibrary) {
+TEST(Unload, AnUnloadedLibraryIsUnmapped) {
   {
     const Library library;
     ASSERT_TRUE(library.IsLoaded()) << dlerror();
@@ -76,7 +76,7 @@ TEST(Unload, ReallyUnmapsTheLibrary) {
   EXPECT_FALSE(IsMapped());
 }
 
-TEST(Unload, ForgetsWhatWasLoaded) {
+TEST(Unload, ALibraryThatIsLoadedAgainLoadsItsNamesAnew) {
   char oid[] = "2.5.29.35";
   for (int round = 0; round < 3; ++round) {
     const Library library;
@@ -88,7 +88,7 @@ TEST(Unload, ForgetsWhatWasLoaded) {
 }
 
 // Fork handlers that outlived the library would be called where it was.
-TEST(Unload, LeavesNothingThatAForkWouldCall) {
+TEST(Unload, AnUnloadedLibraryLeavesNothingThatAForkWouldCall) {
   for (int round = 0; round < 10; ++round) {
     {
       const Library library;
@@ -104,7 +104,7 @@ TEST(Unload, LeavesNothingThatAForkWouldCall) {
   }
 }
 
-TEST(Unload, AThousandTimesDoesNotGrow) {
+TEST(Unload, UnloadingAThousandTimesDoesNotGrowTheProcess) {
   const auto load_and_unload = [](int times) {
     for (int i = 0; i < times; ++i) {
       const Library library;

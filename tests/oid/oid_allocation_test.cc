@@ -28,7 +28,7 @@ TEST(OidAllocation, ANameTakesItsCharactersAndATerminator) {
   EXPECT_EQ(LastNewSize(), sizeof(kGost2001Name));
 }
 
-TEST(OidAllocation, ResolvedRecordsAreFoundWithoutAny) {
+TEST(OidAllocation, LoadedRecordsAreFoundWithoutAnAllocation) {
   FindUnknownName(kAllGroups);
   const long calls = NewCalls();
   EXPECT_NE(FindByOid(kGost2001, kAllGroups), nullptr);
@@ -39,7 +39,7 @@ TEST(OidAllocation, ResolvedRecordsAreFoundWithoutAny) {
   EXPECT_EQ(NewCalls(), calls);
 }
 
-TEST(OidAllocation, ThatFailsPassesOutAndLeavesTheNameNullForGood) {
+TEST(OidAllocation, AFailedAllocationPassesOutAndLeavesTheNameNullForGood) {
   const long live = LiveBlocks();
   {
     FailingNew failing(0);
@@ -55,7 +55,7 @@ TEST(OidAllocation, ThatFailsPassesOutAndLeavesTheNameNullForGood) {
   EXPECT_EQ(FindByName(kGost2001Name, CRYPT_PUBKEY_ALG_OID_GROUP_ID), nullptr);
 }
 
-TEST(OidAllocation, ThatFailsOnTheWayOfASearchLosesThatRowOnly) {
+TEST(OidAllocation, AFailedAllocationOnTheWayOfASearchLosesThatNameOnly) {
   {
     FailingNew failing(2);
     EXPECT_THROW(FindByName(kGost2001Name, CRYPT_PUBKEY_ALG_OID_GROUP_ID),
@@ -71,7 +71,7 @@ TEST(OidAllocation, ThatFailsOnTheWayOfASearchLosesThatRowOnly) {
             &rows[3]);
 }
 
-TEST(OidAllocation, ThatFailsLeavesAnOwnRecordWithoutAName) {
+TEST(OidAllocation, AFailedAllocationLeavesACallersRecordWithoutAName) {
   COidData record = {};
   record.pwszName = L"mine";
   {

@@ -226,23 +226,27 @@ class OidSearches : public testing::Test {
   const std::vector<COidData*> rows_ = RegistryRows();
 };
 
-TEST_F(OidSearches, AreThoseOfThePlainRegistry) { SearchMany(4000); }
+TEST_F(OidSearches, EverySearchAnswersAsThePlainRegistryDoes) {
+  SearchMany(4000);
+}
 
-TEST_F(OidSearches, AreThoseOfThePlainRegistryOnceAllNamesAreLoaded) {
+TEST_F(OidSearches,
+       EverySearchAnswersAsThePlainRegistryDoesOnceAllNamesAreLoaded) {
   wchar_t name[] = L"no such name";
   Compare(CRYPT_OID_INFO_NAME_KEY, name, kAllGroups, "no such name");
   SearchMany(4000);
 }
 
-TEST_F(OidSearches, AreThoseOfThePlainRegistryForNamesInTheirOrder) {
+TEST_F(OidSearches, SearchesForNamesInRowOrderAnswerAsThePlainRegistryDoes) {
   SearchNamesInOrder(false);
 }
 
-TEST_F(OidSearches, AreThoseOfThePlainRegistryForNamesInOrderInAllGroups) {
+TEST_F(OidSearches,
+       SearchesInAllGroupsForNamesInRowOrderAnswerAsThePlainRegistryDoes) {
   SearchNamesInOrder(true);
 }
 
-TEST_F(OidSearches, AreThoseOfThePlainRegistryAfterCleanup) {
+TEST_F(OidSearches, EverySearchAfterCleanupAnswersAsThePlainRegistryDoes) {
   SearchMany(40);
   CleanupOidInfo();
   plain_.Cleanup();
@@ -252,7 +256,7 @@ TEST_F(OidSearches, AreThoseOfThePlainRegistryAfterCleanup) {
   SearchMany(1000);
 }
 
-TEST_F(OidSearches, AreThoseOfThePlainRegistryAcrossLocales) {
+TEST_F(OidSearches, EverySearchInEveryLocaleAnswersAsThePlainRegistryDoes) {
   for (int round = 0; round < 40 && !HasFatalFailure(); ++round) {
     for (const char* locale :
          {"tr_TR.UTF-8", "C.UTF-8", "C", "ru_RU.KOI8-R", "ja_JP.SHIFT_JIS"}) {
@@ -262,14 +266,16 @@ TEST_F(OidSearches, AreThoseOfThePlainRegistryAcrossLocales) {
   }
 }
 
-TEST_F(OidSearches, AreThoseOfThePlainRegistryWhileCallersRenameRows) {
+TEST_F(OidSearches,
+       EverySearchAnswersAsThePlainRegistryDoesWhileCallersRenameRecords) {
   for (int round = 0; round < 60 && !HasFatalFailure(); ++round) {
     RenameSomeRow();
     SearchMany(20);
   }
 }
 
-TEST_F(OidSearches, AreThoseOfThePlainRegistryOnceACallerRenamedOneRow) {
+TEST_F(OidSearches,
+       EverySearchAnswersAsThePlainRegistryDoesOnceACallerRenamedARecord) {
   wchar_t name[] = L"no such name";
   Compare(CRYPT_OID_INFO_NAME_KEY, name, kAllGroups, "no such name");
   RenameSomeRow();

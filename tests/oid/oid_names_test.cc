@@ -309,7 +309,7 @@ TEST_F(OidNames, ANameThatCleanupTookLetsALaterRowWin) {
                "1.2.840.113549.1.9.9");
 }
 
-TEST_F(OidNames, CleanupTwiceIsCleanupOnce) {
+TEST_F(OidNames, ASecondCleanupChangesNothing) {
   FindUnknownName(kAllGroups);
   CleanupOidInfo();
   CleanupOidInfo();
@@ -358,7 +358,7 @@ TEST_F(OidNames, ACharacterThatFoldsIntoAsciiIsFolded) {
             nullptr);
 }
 
-TEST_F(OidNames, AFoldOfTheLocaleSettlesNamesOfOneLetter) {
+TEST_F(OidNames, TheLocaleFoldsNamesOfOneLetterToo) {
   ASSERT_NE(std::setlocale(LC_ALL, "tr_TR.UTF-8"), nullptr);
   EXPECT_STREQ(FindByName(L"I", CRYPT_RDN_ATTR_OID_GROUP_ID)->pszOID,
                "2.5.4.43");

@@ -15,7 +15,7 @@
 namespace korvan::test {
 namespace {
 
-TEST(OidTables, AreNineGroupsInSearchOrder) {
+TEST(OidTables, TheRegistryIsNineGroupsInSearchOrder) {
   ASSERT_EQ(std::size(oid_registry), 9u);
   for (std::size_t i = 0; i < 9; ++i) {
     EXPECT_EQ(oid_registry[i].dwGroupId, kExpectedGroups[i].id);
@@ -35,7 +35,7 @@ TEST(OidTables, GroupIdsAreCryptoApisAndOneOfTheProviders) {
   EXPECT_EQ(oid_registry[8].dwGroupId, PARAMSET_OID_GROUP_ID);
 }
 
-TEST(OidTables, HoldEveryRowFieldByField) {
+TEST(OidTables, EveryRecordIsAsStatedFieldByField) {
   const auto rows = RegistryRows();
   ASSERT_EQ(rows.size(), 259u);
   ASSERT_EQ(kExpectedRows.size(), 259u);

@@ -22,19 +22,19 @@ Bytes BytesOf(const IdentObj& buffer) {
 
 IdentObj BufferOf(const Bytes& bytes) { return {bytes.data(), SizeOf(bytes)}; }
 
-TEST(IdentObj, BeginsEmpty) {
+TEST(IdentObj, ANewBufferIsEmpty) {
   const IdentObj buffer;
   EXPECT_EQ(buffer.length, 0u);
   EXPECT_NE(buffer.data, nullptr);
 }
 
-TEST(IdentObj, MayBeMadeOfNoBytesAtNoAddress) {
+TEST(IdentObj, ABufferMayBeMadeOfNoBytesAtNoAddress) {
   const IdentObj buffer(nullptr, 0);
   EXPECT_EQ(buffer.length, 0u);
   EXPECT_NE(buffer.data, nullptr);
 }
 
-TEST(IdentObj, HoldsACopyOfTheBytesOfAnyLength) {
+TEST(IdentObj, ABufferHoldsACopyOfBytesOfAnyLength) {
   for (const std::size_t count : {1u, 64u, 527u, 528u, 529u, 100000u}) {
     Bytes bytes = Counted(count);
     const IdentObj buffer = BufferOf(bytes);
@@ -43,7 +43,7 @@ TEST(IdentObj, HoldsACopyOfTheBytesOfAnyLength) {
   }
 }
 
-TEST(IdentObj, ReadsNoByteThatItWasNotGiven) {
+TEST(IdentObj, ABufferReadsNoByteThatItWasNotGiven) {
   GuardedRoom room(5000);
   for (const std::size_t count : {0u, 1u, 64u, 528u, 529u, 5000u}) {
     const unsigned char* const bytes = room.Place(Counted(count));
@@ -52,7 +52,7 @@ TEST(IdentObj, ReadsNoByteThatItWasNotGiven) {
   }
 }
 
-TEST(IdentObj, TakesNoHeapForWhatFitsInPlace) {
+TEST(IdentObj, ABufferTakesNoHeapForWhatFitsInPlace) {
   const Bytes bytes = Counted(kInPlace);
   HeapWatch watch;
   {
@@ -65,7 +65,7 @@ TEST(IdentObj, TakesNoHeapForWhatFitsInPlace) {
   EXPECT_TRUE(watch.freed().empty());
 }
 
-TEST(IdentObj, TakesTheHeapOnceForMoreAndGivesItBack) {
+TEST(IdentObj, ABufferTakesTheHeapOnceForMoreAndGivesItBack) {
   const Bytes bytes = Counted(kInPlace + 1);
   HeapWatch watch;
   { const IdentObj buffer(bytes.data(), kInPlace + 1); }
@@ -74,7 +74,7 @@ TEST(IdentObj, TakesTheHeapOnceForMoreAndGivesItBack) {
   EXPECT_EQ(watch.freed().size(), 1u);
 }
 
-TEST(IdentObj, IsCopiedIndependently) {
+TEST(IdentObj, ACopyOutlivesItsSource) {
   for (const std::size_t count : {0u, 64u, 600u}) {
     auto source = std::make_unique<IdentObj>(BufferOf(Counted(count)));
     const IdentObj copy(*source);
@@ -83,7 +83,7 @@ TEST(IdentObj, IsCopiedIndependently) {
   }
 }
 
-TEST(IdentObj, IsAssignedIndependentlyWhateverItHeld) {
+TEST(IdentObj, AnAssignedBufferOutlivesItsSourceWhateverItHeld) {
   for (const std::size_t held : {0u, 64u, 600u, 700u}) {
     for (const std::size_t count : {0u, 1u, 64u, 600u, 800u}) {
       IdentObj buffer = BufferOf(Bytes(held, 0xEE));
@@ -95,7 +95,7 @@ TEST(IdentObj, IsAssignedIndependentlyWhateverItHeld) {
   }
 }
 
-TEST(IdentObj, MayBeAssignedToItself) {
+TEST(IdentObj, ABufferMayBeAssignedToItself) {
   for (const std::size_t count : {0u, 64u, 600u}) {
     IdentObj buffer = BufferOf(Counted(count));
     const IdentObj& same = buffer;
@@ -104,7 +104,7 @@ TEST(IdentObj, MayBeAssignedToItself) {
   }
 }
 
-TEST(IdentObj, GivesBackWhatItHeldWhenItIsAssignedTo) {
+TEST(IdentObj, AnAssignmentGivesBackWhatTheBufferHeld) {
   const Bytes bytes = Counted(600);
   const IdentObj large(bytes.data(), 600);
   for (const unsigned int count : {0u, 64u, kInPlace}) {
@@ -119,13 +119,13 @@ TEST(IdentObj, GivesBackWhatItHeldWhenItIsAssignedTo) {
   }
 }
 
-TEST(IdentObj, ThrowsWhenThereIsNoMemory) {
+TEST(IdentObj, ABufferWithoutMemoryThrows) {
   const Bytes bytes = Counted(600);
   HeapWatch watch(1);
   EXPECT_THROW(IdentObj(bytes.data(), 600), std::bad_alloc);
 }
 
-TEST(IdentObj, KeepsWhatItHeldWhenThereIsNoMemoryToAssign) {
+TEST(IdentObj, AFailedAssignmentLeavesTheBufferAsItWas) {
   const IdentObj source = BufferOf(Counted(600));
   IdentObj buffer = BufferOf({1, 2, 3});
   {
@@ -182,31 +182,31 @@ Bytes Encode(unsigned int tag, const Bytes& content) {
   return encoded;
 }
 
-TEST(Record, BeginsBlank) {
+TEST(Asn1Record, ANewRecordIsBlank) {
   const CASNTBaseRecord record;
   EXPECT_EQ(ReadingOf(record, false), kBlank);
 }
 
-TEST(Record, ReadsTagLengthAndContent) {
+TEST(Asn1Record, TagLengthAndContentAreRead) {
   EXPECT_EQ(Read({0x04, 0x03, 1, 2, 3}),
             (Reading{true, 4, false, 3, kAsn1Ok, {1, 2, 3}}));
 }
 
-TEST(Record, ReadsARecordWithoutContent) {
+TEST(Asn1Record, ARecordWithoutContentIsRead) {
   EXPECT_EQ(Read({0x05, 0x00}), (Reading{true, 5, false, 0, kAsn1Ok, {}}));
 }
 
-TEST(Record, ReadsTheConstructedBit) {
+TEST(Asn1Record, TheConstructedBitIsRead) {
   EXPECT_EQ(Read({0x30, 0x02, 0x05, 0x00}),
             (Reading{true, 16, true, 2, kAsn1Ok, {0x05, 0x00}}));
 }
 
-TEST(Record, ReadsTheFirstRecordAndLeavesWhatFollows) {
+TEST(Asn1Record, OnlyTheFirstRecordOfTheBytesIsRead) {
   EXPECT_EQ(Read({0x04, 0x01, 7, 0x02, 0x01, 9}),
             (Reading{true, 4, false, 1, kAsn1Ok, {7}}));
 }
 
-TEST(Record, LeavesTheStatusAloneWhenTheContentIsThere) {
+TEST(Asn1Record, AContentThatIsThereLeavesTheStatusAlone) {
   CASNTBaseRecord record;
   record.SetEncodedEntry(BufferOf({0x04, 0x00}));
   int status = 77;
@@ -216,7 +216,7 @@ TEST(Record, LeavesTheStatusAloneWhenTheContentIsThere) {
   EXPECT_EQ(status, 77);
 }
 
-TEST(Record, NumbersTheTagWithItsClassInTheTopBits) {
+TEST(Asn1Record, ATagHasItsClassInTheTopBits) {
   EXPECT_EQ(Read({0x04, 0x00}).tag, 4u);
   EXPECT_EQ(Read({0x44, 0x00}).tag, 0x40000004u);
   EXPECT_EQ(Read({0x84, 0x00}).tag, 0x80000004u);
@@ -224,7 +224,7 @@ TEST(Record, NumbersTheTagWithItsClassInTheTopBits) {
   EXPECT_EQ(Read({0xA0, 0x00}).tag, 0x80000000u);
 }
 
-TEST(Record, ReadsTagNumbersOfSeveralBytes) {
+TEST(Asn1Record, TagNumbersOfSeveralBytesAreRead) {
   EXPECT_EQ(Read({0x1E, 0x00}).tag, 30u);
   EXPECT_EQ(Read({0x1F, 0x1F, 0x00}).tag, 31u);
   EXPECT_EQ(Read({0x1F, 0x7F, 0x00}).tag, 127u);
@@ -234,7 +234,7 @@ TEST(Record, ReadsTagNumbersOfSeveralBytes) {
   EXPECT_EQ(Read({0xDF, 0x83, 0xFF, 0xFF, 0xFF, 0x7F, 0x00}).tag, 0xFFFFFFFFu);
 }
 
-TEST(Record, ReadsLengthsOfOneToFourBytesMinimalOrNot) {
+TEST(Asn1Record, LengthsOfOneToFourBytesAreReadMinimalOrNot) {
   for (const Bytes& header :
        {Bytes{0x04, 0x02}, Bytes{0x04, 0x81, 0x02},
         Bytes{0x04, 0x82, 0x00, 0x02}, Bytes{0x04, 0x83, 0x00, 0x00, 0x02},
@@ -246,39 +246,39 @@ TEST(Record, ReadsLengthsOfOneToFourBytesMinimalOrNot) {
             (Reading{true, 4, false, 0x010203, kAsn1Ok, Counted(0x010203)}));
 }
 
-TEST(Record, IsBlankForNoBytes) { EXPECT_EQ(Read({}), kBlank); }
+TEST(Asn1Record, NoBytesAreABlankRecord) { EXPECT_EQ(Read({}), kBlank); }
 
-TEST(Record, IsBlankForATruncatedIdentifier) {
+TEST(Asn1Record, ATruncatedIdentifierIsABlankRecord) {
   EXPECT_EQ(Read({0x1F}), kBlank);
   EXPECT_EQ(Read({0x1F, 0x81}), kBlank);
   EXPECT_EQ(Read({0x1F, 0x81, 0x82}), kBlank);
 }
 
-TEST(Record, IsBlankForATagNumberThatBeginsWithZeros) {
+TEST(Asn1Record, ATagNumberThatBeginsWithZerosIsABlankRecord) {
   EXPECT_EQ(Read({0x1F, 0x80, 0x1F, 0x00}), kBlank);
   EXPECT_EQ(Read({0x9F, 0x80, 0x1F, 0x00}), kBlank);
   EXPECT_EQ(Read({0x1F, 0x80, 0x80, 0x80, 0x80, 0x04, 0x00}), kBlank);
 }
 
-TEST(Record, IsBlankForAnIdentifierLongerThanItsNumberNeeds) {
+TEST(Asn1Record, AnIdentifierLongerThanItsNumberNeedsIsABlankRecord) {
   EXPECT_EQ(Read({0x1F, 0x00, 0x00}), kBlank);
   EXPECT_EQ(Read({0x1F, 0x04, 0x00}), kBlank);
   EXPECT_EQ(Read({0x9F, 0x1E, 0x00}), kBlank);
 }
 
-TEST(Record, IsBlankForATagNumberOfMoreThanThirtyBits) {
+TEST(Asn1Record, ATagNumberOfMoreThanThirtyBitsIsABlankRecord) {
   EXPECT_EQ(Read({0x1F, 0x84, 0x80, 0x80, 0x80, 0x00, 0x00}), kBlank);
   // In 32 bits this number would be 4.
   EXPECT_EQ(Read({0x1F, 0x90, 0x80, 0x80, 0x80, 0x04, 0x00}), kBlank);
   EXPECT_EQ(Read({0x1F, 0x83, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F, 0x00}), kBlank);
 }
 
-TEST(Record, IsBlankForTheEndOfContentsMark) {
+TEST(Asn1Record, TheEndOfContentsMarkIsABlankRecord) {
   EXPECT_EQ(Read({0x00, 0x00}), kBlank);
   EXPECT_EQ(Read({0x20, 0x01, 1}), kBlank);
 }
 
-TEST(Record, IsBlankForAMissingOrTruncatedLength) {
+TEST(Asn1Record, AMissingOrTruncatedLengthIsABlankRecord) {
   EXPECT_EQ(Read({0x04}), kBlank);
   EXPECT_EQ(Read({0x1F, 0x1F}), kBlank);
   EXPECT_EQ(Read({0x04, 0x81}), kBlank);
@@ -286,17 +286,17 @@ TEST(Record, IsBlankForAMissingOrTruncatedLength) {
   EXPECT_EQ(Read({0x04, 0x84, 0x00, 0x00, 0x00}), kBlank);
 }
 
-TEST(Record, IsBlankForAnIndefiniteLength) {
+TEST(Asn1Record, AnIndefiniteLengthIsABlankRecord) {
   EXPECT_EQ(Read({0x04, 0x80, 1, 2, 0x00, 0x00}), kBlank);
   EXPECT_EQ(Read({0x24, 0x80, 0x04, 0x00, 0x00, 0x00}), kBlank);
 }
 
-TEST(Record, IsBlankForALengthOfMoreThanFourBytes) {
+TEST(Asn1Record, ALengthOfMoreThanFourBytesIsABlankRecord) {
   EXPECT_EQ(Read({0x04, 0x85, 0, 0, 0, 0, 1, 9}), kBlank);
   EXPECT_EQ(Read(Bytes{0x04, 0xFF} + Bytes(127) + Bytes{1}), kBlank);
 }
 
-TEST(Record, KeepsTagAndLengthWhenTheContentIsMissing) {
+TEST(Asn1Record, ARecordWhoseContentIsMissingHasTagAndLength) {
   EXPECT_EQ(Read({0x04, 0x01}),
             (Reading{false, 4, false, 1, kAsn1ContentMissing, {}}));
   EXPECT_EQ(Read(Bytes{0x04, 0x81, 0x80} + Counted(127)),
@@ -305,7 +305,7 @@ TEST(Record, KeepsTagAndLengthWhenTheContentIsMissing) {
             (Reading{false, 16, true, 0xFFFFFFFF, kAsn1ContentMissing, {}}));
 }
 
-TEST(Record, ReadsNoByteThatItWasNotGiven) {
+TEST(Asn1Record, ARecordReadsNoByteThatItWasNotGiven) {
   const Bytes longest = {0xBF, 0x81, 0x82, 0x03, 0x84, 0, 0, 0, 4, 1, 2, 3, 4};
   GuardedRoom room(longest.size());
   for (std::size_t count = 0; count <= longest.size(); ++count) {
@@ -320,7 +320,7 @@ TEST(Record, ReadsNoByteThatItWasNotGiven) {
   }
 }
 
-TEST(Record, IsIndependentOfTheBytesThatItRead) {
+TEST(Asn1Record, ARecordOutlivesTheBytesThatItRead) {
   CASNTBaseRecord record;
   bool whole = false;
   {
@@ -332,7 +332,7 @@ TEST(Record, IsIndependentOfTheBytesThatItRead) {
             (Reading{true, 4, false, 2, kAsn1Ok, {1, 2}}));
 }
 
-TEST(Record, CanReadTheRecordInsideItself) {
+TEST(Asn1Record, ARecordCanReadTheRecordInsideItself) {
   for (const std::size_t count : {3u, 600u, 70000u}) {
     CASNTBaseRecord record;
     const Bytes inner = Encode(2, Counted(count));
@@ -345,7 +345,7 @@ TEST(Record, CanReadTheRecordInsideItself) {
   }
 }
 
-TEST(Record, ForgetsWhatItHeldWhenItReadsAnew) {
+TEST(Asn1Record, ARecordThatReadsAgainForgetsWhatItHeld) {
   CASNTBaseRecord record;
   record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
   EXPECT_EQ(ReadingOf(record, record.SetEncodedEntry(BufferOf({0x04, 0x80}))),
@@ -355,7 +355,7 @@ TEST(Record, ForgetsWhatItHeldWhenItReadsAnew) {
             (Reading{false, 4, false, 1, kAsn1ContentMissing, {}}));
 }
 
-TEST(Record, KeepsWhatItHeldWhenThereIsNoMemoryToRead) {
+TEST(Asn1Record, AFailedReadLeavesTheRecordAsItWas) {
   const IdentObj encoded = BufferOf(Encode(4, Counted(600)));
   CASNTBaseRecord record;
   record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
@@ -367,7 +367,7 @@ TEST(Record, KeepsWhatItHeldWhenThereIsNoMemoryToRead) {
             (Reading{true, 16, true, 2, kAsn1Ok, {0x05, 0x00}}));
 }
 
-TEST(Record, TakesNoHeapForAKeyOf512BytesAndItsHeader) {
+TEST(Asn1Record, AKeyOf512BytesAndItsHeaderTakeNoHeap) {
   const IdentObj encoded = BufferOf(Encode(4, Counted(512)));
   HeapWatch watch;
   {
@@ -383,7 +383,7 @@ TEST(Record, TakesNoHeapForAKeyOf512BytesAndItsHeader) {
   EXPECT_TRUE(watch.sizes().empty());
 }
 
-TEST(Record, NeverThrowsForMalformedBytesEvenWithoutMemory) {
+TEST(Asn1Record, MalformedBytesNeverThrowEvenWithoutMemory) {
   const IdentObj malformed =
       BufferOf(Bytes{0x04, 0x84, 0xFF, 0xFF, 0xFF, 0xFF} + Counted(1000));
   CASNTBaseRecord record;
@@ -391,12 +391,12 @@ TEST(Record, NeverThrowsForMalformedBytesEvenWithoutMemory) {
   EXPECT_NO_THROW(record.SetEncodedEntry(malformed));
 }
 
-TEST(Record, IsEncodedInDer) {
+TEST(Asn1Record, ARecordIsEncodedInDer) {
   EXPECT_EQ(Encode(4, {}), (Bytes{0x04, 0x00}));
   EXPECT_EQ(Encode(4, {1, 2}), (Bytes{0x04, 0x02, 1, 2}));
 }
 
-TEST(Record, IsEncodedWithTheShortestLength) {
+TEST(Asn1Record, ARecordIsEncodedWithTheShortestLength) {
   EXPECT_EQ(Encode(4, Counted(127)), (Bytes{0x04, 0x7F} + Counted(127)));
   EXPECT_EQ(Encode(4, Counted(128)), (Bytes{0x04, 0x81, 0x80} + Counted(128)));
   EXPECT_EQ(Encode(4, Counted(255)), (Bytes{0x04, 0x81, 0xFF} + Counted(255)));
@@ -410,7 +410,7 @@ TEST(Record, IsEncodedWithTheShortestLength) {
             (Bytes{0x04, 0x84, 0x01, 0x02, 0x03, 0x04} + Counted(0x1020304)));
 }
 
-TEST(Record, IsEncodedWithItsClassAndTheShortestNumber) {
+TEST(Asn1Record, ARecordIsEncodedWithItsClassAndTheShortestNumber) {
   EXPECT_EQ(Encode(30, {}), (Bytes{0x1E, 0x00}));
   EXPECT_EQ(Encode(31, {}), (Bytes{0x1F, 0x1F, 0x00}));
   EXPECT_EQ(Encode(127, {}), (Bytes{0x1F, 0x7F, 0x00}));
@@ -422,14 +422,14 @@ TEST(Record, IsEncodedWithItsClassAndTheShortestNumber) {
             (Bytes{0xDF, 0x83, 0xFF, 0xFF, 0xFF, 0x7F, 0x00}));
 }
 
-TEST(Record, GivesBackTheTagThatItWasGiven) {
+TEST(Asn1Record, ARecordGivesBackTheTagThatItWasGiven) {
   CASNTBaseRecord record;
   record.SetTag(4);
   EXPECT_EQ(record.GetTag(), 4u);
   EXPECT_FALSE(record.GetIsConstraction());
 }
 
-TEST(Record, BecomesPrimitiveWithATagAndKeepsItsContent) {
+TEST(Asn1Record, ANewTagMakesARecordPrimitiveAndLeavesItsContent) {
   CASNTBaseRecord record;
   record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
   record.SetTag(4);
@@ -437,7 +437,7 @@ TEST(Record, BecomesPrimitiveWithATagAndKeepsItsContent) {
             (Reading{true, 4, false, 2, kAsn1Ok, {0x05, 0x00}}));
 }
 
-TEST(Record, KeepsTagAndConstructedBitWithANewContent) {
+TEST(Asn1Record, ANewContentLeavesTagAndConstructedBit) {
   CASNTBaseRecord record;
   record.SetEncodedEntry(BufferOf({0x30, 0x02, 0x05, 0x00}));
   record.SetEntry("\x02\x01\x07", 3);
@@ -447,7 +447,7 @@ TEST(Record, KeepsTagAndConstructedBitWithANewContent) {
   EXPECT_EQ(status, kAsn1Ok);
 }
 
-TEST(Record, TakesTagAndContentInAnyOrder) {
+TEST(Asn1Record, TagAndContentMayBeSetInAnyOrder) {
   CASNTBaseRecord record;
   record.SetEntry("\x07", 1);
   record.SetTag(4);
@@ -456,7 +456,7 @@ TEST(Record, TakesTagAndContentInAnyOrder) {
   EXPECT_EQ(status, kAsn1Ok);
 }
 
-TEST(Record, IsWholeAgainWhenAMissingContentIsSet) {
+TEST(Asn1Record, ARecordIsWholeAgainWhenItsMissingContentIsSet) {
   CASNTBaseRecord record;
   record.SetEncodedEntry(BufferOf({0x04, 0x05, 1}));
   record.SetEntry("\x07", 1);
@@ -464,7 +464,7 @@ TEST(Record, IsWholeAgainWhenAMissingContentIsSet) {
             (Reading{true, 4, false, 1, kAsn1Ok, {7}}));
 }
 
-TEST(Record, MayTakeItsOwnContentAnew) {
+TEST(Asn1Record, ARecordMayTakeAPartOfItsOwnContent) {
   CASNTBaseRecord record;
   record.SetEncodedEntry(
       BufferOf(Bytes{0x04, 0x82, 0x02, 0x58} + Counted(600)));
@@ -476,7 +476,7 @@ TEST(Record, MayTakeItsOwnContentAnew) {
   EXPECT_EQ(content.data[0], 2);
 }
 
-TEST(Record, HasNoEncodingWithoutATag) {
+TEST(Asn1Record, ARecordWithoutATagHasNoEncoding) {
   CASNTBaseRecord record;
   record.SetEntry("\x07", 1);
   int status = 0;
@@ -484,7 +484,7 @@ TEST(Record, HasNoEncodingWithoutATag) {
   EXPECT_EQ(status, kAsn1NoRecord);
 }
 
-TEST(Record, HasNoEncodingWithoutItsContent) {
+TEST(Asn1Record, ARecordWithoutItsContentHasNoEncoding) {
   CASNTBaseRecord record;
   record.SetEncodedEntry(BufferOf({0x04, 0x05, 1}));
   int status = 0;
@@ -492,7 +492,7 @@ TEST(Record, HasNoEncodingWithoutItsContent) {
   EXPECT_EQ(status, kAsn1ContentMissing);
 }
 
-TEST(Record, GivesNoStaleEncodingWhenThereIsNone) {
+TEST(Asn1Record, ARecordThatLosesItsTagGivesNoStaleEncoding) {
   CASNTBaseRecord record;
   record.SetTag(4);
   int status = 0;
@@ -502,7 +502,7 @@ TEST(Record, GivesNoStaleEncodingWhenThereIsNone) {
   EXPECT_EQ(status, kAsn1NoRecord);
 }
 
-TEST(Record, CanBeEncodedTwiceWithoutAContent) {
+TEST(Asn1Record, ARecordWithoutAContentCanBeEncodedTwice) {
   CASNTBaseRecord record;
   record.SetTag(0xFFFFFFFF);
   int status = 0;
@@ -512,7 +512,7 @@ TEST(Record, CanBeEncodedTwiceWithoutAContent) {
   EXPECT_EQ(status, kAsn1Ok);
 }
 
-TEST(Record, IsEncodedAnewAfterEveryChange) {
+TEST(Asn1Record, ARecordIsEncodedAnewAfterEveryChange) {
   CASNTBaseRecord record;
   record.SetTag(4);
   int status = 0;
@@ -525,7 +525,7 @@ TEST(Record, IsEncodedAnewAfterEveryChange) {
   EXPECT_EQ(BytesOf(record.GetEncodedRecord(&status)), (Bytes{0x04, 0x00}));
 }
 
-TEST(Record, KeepsItsContentWhenThereIsNoMemoryForAnother) {
+TEST(Asn1Record, AFailedChangeOfTheContentLeavesTheRecordAsItWas) {
   const Bytes content = Counted(600);
   CASNTBaseRecord record;
   record.SetTag(4);
@@ -538,7 +538,7 @@ TEST(Record, KeepsItsContentWhenThereIsNoMemoryForAnother) {
             (Reading{true, 4, false, 1, kAsn1Ok, {7}}));
 }
 
-TEST(Record, NeedsNoMemoryForItsEncoding) {
+TEST(Asn1Record, AnEncodingTakesNoMemory) {
   const Bytes content = Counted(600);
   CASNTBaseRecord record;
   record.SetTag(0xFFFFFFFF);
@@ -553,7 +553,7 @@ TEST(Record, NeedsNoMemoryForItsEncoding) {
       (Bytes{0xDF, 0x83, 0xFF, 0xFF, 0xFF, 0x7F, 0x82, 0x02, 0x58} + content));
 }
 
-TEST(Record, KeepsItsContentWhileItsEncodingIsLookedAt) {
+TEST(Asn1Record, TheContentStaysValidWhileTheEncodingIsRead) {
   CASNTBaseRecord record;
   record.SetTag(4);
   record.SetEntry("\x07", 1);
@@ -564,7 +564,7 @@ TEST(Record, KeepsItsContentWhileItsEncodingIsLookedAt) {
   EXPECT_EQ(BytesOf(encoding), (Bytes{0x04, 0x01, 7}));
 }
 
-TEST(Record, GivesAnEncodingThatCanBeCopiedAndOutlived) {
+TEST(Asn1Record, ACopyOfAnEncodingOutlivesTheRecord) {
   for (const std::size_t count : {1u, 600u}) {
     auto record = std::make_unique<CASNTBaseRecord>();
     const Bytes content = Counted(count);
@@ -577,7 +577,7 @@ TEST(Record, GivesAnEncodingThatCanBeCopiedAndOutlived) {
   }
 }
 
-TEST(Record, HasNoEncodingWhereItWouldTakeFourGibibytes) {
+TEST(Asn1Record, ARecordOfFourGibibytesHasNoEncoding) {
   CASNTBaseRecord record;
   int status = 0;
   // With its six header bytes this one takes 0xFFFFFFFF bytes.

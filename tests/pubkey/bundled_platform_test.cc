@@ -15,7 +15,7 @@ namespace {
 
 using Sizes = std::vector<std::size_t>;
 
-TEST(BundledPlatform, ConvertsAKeyOf512BytesWithNoHeapButTheBlob) {
+TEST(BundledPlatform, AKeyOf512BytesIsConvertedWithNoHeapButTheBlob) {
   const Bytes parameters = Counted(20);
   for (const Bytes& bits :
        {Counted(512), ModelOctetString(Counted(64)),
@@ -32,7 +32,7 @@ TEST(BundledPlatform, ConvertsAKeyOf512BytesWithNoHeapButTheBlob) {
   }
 }
 
-TEST(BundledPlatform, SplitsABlobOfA512ByteKeyWithNoHeapButTheOutputs) {
+TEST(BundledPlatform, ABlobOfAKeyOf512BytesIsSplitWithNoHeapButTheOutputs) {
   for (const unsigned int key_bytes : {0u, 64u, 128u, 512u}) {
     const Bytes blob =
         ModelHeader(0x2E23, key_bytes * 8) + Counted(key_bytes + 20);
@@ -53,7 +53,7 @@ TEST(BundledPlatform, SplitsABlobOfA512ByteKeyWithNoHeapButTheOutputs) {
   }
 }
 
-TEST(BundledPlatform, AnswersAQuestionForSizesWithoutTheHeap) {
+TEST(BundledPlatform, SizesAloneAreGivenWithoutTheHeap) {
   for (const unsigned int algorithm : {0x2E23u, 0x2E29u}) {
     const Bytes blob = ModelHeader(algorithm, 4096) + Counted(532);
     unsigned int key_size = 0;

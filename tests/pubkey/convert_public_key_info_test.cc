@@ -36,7 +36,7 @@ int RequestsFor(const CERT_PUBLIC_KEY_INFO& info) {
   return static_cast<int>(watch.sizes().size());
 }
 
-TEST(ConvertPublicKeyInfo, WritesHeaderParametersAndKey) {
+TEST(ConvertPublicKeyInfo, ABlobIsHeaderParametersAndKey) {
   const Bytes parameters = {0xA0, 0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xA6, 0xA7};
   const Converted call =
       Convert(kGost2001, parameters, Bytes{0x04, 0x40} + Counted(64));
@@ -49,14 +49,14 @@ TEST(ConvertPublicKeyInfo, WritesHeaderParametersAndKey) {
   EXPECT_EQ(call.blob, header + parameters + Counted(64));
 }
 
-TEST(ConvertPublicKeyInfo, PutsTheKeyBehindTheHeaderWhenThereAreNoParameters) {
+TEST(ConvertPublicKeyInfo, TheKeyFollowsTheHeaderWhenThereAreNoParameters) {
   const Converted call =
       Convert(kGost2001, {}, Bytes{0x04, 0x40} + Counted(64));
   EXPECT_EQ(call.blob, ModelHeader(0x2E23, 512) + Counted(64));
   EXPECT_EQ(call.size, 80u);
 }
 
-TEST(ConvertPublicKeyInfo, KnowsThePublicKeyAlgorithmsOfTheRegistry) {
+TEST(ConvertPublicKeyInfo, EveryPublicKeyAlgorithmOfTheRegistryIsKnown) {
   const std::pair<const char*, unsigned int> kAlgorithms[] = {
       {"1.3.6.1.4.1.86913.2.1.2.2", 0x2E29},
       {"1.2.643.2.2.20", 0x2E1E},
@@ -78,7 +78,7 @@ TEST(ConvertPublicKeyInfo, KnowsThePublicKeyAlgorithmsOfTheRegistry) {
   }
 }
 
-TEST(ConvertPublicKeyInfo, RefusesEveryOtherAlgorithm) {
+TEST(ConvertPublicKeyInfo, OtherAlgorithmsAreRefused) {
   for (const char* const oid :
        {"", "1.2.643.2.2.1", "1.2.643.2.2.190", " 1.2.643.2.2.19",
         "1.2.840.10045.2.1", "1.2.643.2.2.9", "GOST R 34.10-2001"}) {
@@ -86,11 +86,11 @@ TEST(ConvertPublicKeyInfo, RefusesEveryOtherAlgorithm) {
   }
 }
 
-TEST(ConvertPublicKeyInfo, RefusesAMissingAlgorithm) {
+TEST(ConvertPublicKeyInfo, AMissingAlgorithmIsRefused) {
   EXPECT_EQ(Convert(nullptr, {1}, {2}), kRefused);
 }
 
-TEST(ConvertPublicKeyInfo, FreesAnEarlierBufferWhenItRefusesTheAlgorithm) {
+TEST(ConvertPublicKeyInfo, AnEarlierBlobIsFreedWhenTheAlgorithmIsRefused) {
   const CERT_PUBLIC_KEY_INFO info = InfoOf("1.2.3", {}, {});
   unsigned char* blob = EarlierBuffer();
   void* const earlier = blob;
@@ -103,7 +103,7 @@ TEST(ConvertPublicKeyInfo, FreesAnEarlierBufferWhenItRefusesTheAlgorithm) {
   EXPECT_EQ(size, kUntouchedSize);
 }
 
-TEST(ConvertPublicKeyInfo, TouchesNothingWithoutAnInfo) {
+TEST(ConvertPublicKeyInfo, NoOutputIsTouchedWithoutAnInfo) {
   unsigned char* blob = EarlierBuffer();
   unsigned char* const earlier = blob;
   unsigned int size = kUntouchedSize;
@@ -117,7 +117,7 @@ TEST(ConvertPublicKeyInfo, TouchesNothingWithoutAnInfo) {
   std::free(blob);
 }
 
-TEST(ConvertPublicKeyInfo, TouchesNothingWithoutAPlaceForTheSize) {
+TEST(ConvertPublicKeyInfo, NoOutputIsTouchedWithoutAPlaceForTheSize) {
   const CERT_PUBLIC_KEY_INFO info = InfoOf(kRsa, {}, {});
   unsigned char* blob = EarlierBuffer();
   unsigned char* const earlier = blob;
@@ -130,12 +130,13 @@ TEST(ConvertPublicKeyInfo, TouchesNothingWithoutAPlaceForTheSize) {
   std::free(blob);
 }
 
-TEST(ConvertPublicKeyInfo, ReadsNeitherInfoNorAlgorithmPastAnInvalidParameter) {
+TEST(ConvertPublicKeyInfo,
+     AnInvalidParameterEndsTheConversionBeforeItReadsTheInfo) {
   EXPECT_EQ(KRVConvertPublicKeyInfo(0, nullptr, 0, 0, nullptr, nullptr), 0);
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
-TEST(ConvertPublicKeyInfo, AsksTheHeapForTheBlobOnceAndExactly) {
+TEST(ConvertPublicKeyInfo, TheHeapIsAskedForTheBlobOnceAndExactly) {
   LoadName(kGost2001);
   const Bytes parameters = Counted(8);
   const Bytes bits = Bytes{0x04, 0x40} + Counted(64);
@@ -153,7 +154,7 @@ TEST(ConvertPublicKeyInfo, AsksTheHeapForTheBlobOnceAndExactly) {
   std::free(blob);
 }
 
-TEST(ConvertPublicKeyInfo, FreesTheBlobOfAnEarlierCall) {
+TEST(ConvertPublicKeyInfo, TheBlobOfAnEarlierCallIsFreed) {
   LoadName(kRsa);
   const Bytes bits = Counted(3);
   const CERT_PUBLIC_KEY_INFO info = InfoOf(kRsa, {}, bits);
@@ -168,21 +169,21 @@ TEST(ConvertPublicKeyInfo, FreesTheBlobOfAnEarlierCall) {
   EXPECT_EQ(Take(blob, size), ModelBlob(0xA400, {}, bits));
 }
 
-TEST(ConvertPublicKeyInfo, NeedsNoBytesAtNoAddress) {
+TEST(ConvertPublicKeyInfo, EmptyParametersAndKeysNeedNoAddress) {
   CERT_PUBLIC_KEY_INFO info = {};
   info.Algorithm.pszObjId = const_cast<char*>(kRsa);
   EXPECT_EQ(Convert(info),
             (Converted{1, kUntouchedError, ModelHeader(0xA400, 0), 16}));
 }
 
-TEST(ConvertPublicKeyInfo, TakesTheBitStringAsWholeBytes) {
+TEST(ConvertPublicKeyInfo, UnusedBitsOfTheKeyAreIgnored) {
   const Bytes bits = Counted(5);
   CERT_PUBLIC_KEY_INFO info = InfoOf(kRsa, {}, bits);
   info.PublicKey.cUnusedBits = 7;
   EXPECT_EQ(Convert(info).blob, ModelHeader(0xA400, 40) + bits);
 }
 
-TEST(ConvertPublicKeyInfo, DoesNotReadTheArgumentsWithoutMeaning) {
+TEST(ConvertPublicKeyInfo, ArgumentsWithoutMeaningAreIgnored) {
   const Bytes bits = Counted(5);
   const CERT_PUBLIC_KEY_INFO info = InfoOf(kRsa, {}, bits);
   unsigned char* blob = nullptr;
@@ -192,11 +193,11 @@ TEST(ConvertPublicKeyInfo, DoesNotReadTheArgumentsWithoutMeaning) {
   EXPECT_EQ(Take(blob, size), ModelHeader(0xA400, 40) + bits);
 }
 
-TEST(ConvertPublicKeyInfo, LeavesTheLastErrorAloneOnSuccess) {
+TEST(ConvertPublicKeyInfo, ASuccessLeavesTheLastErrorAlone) {
   EXPECT_EQ(Convert(kRsa, {}, {1}).error, kUntouchedError);
 }
 
-TEST(ConvertPublicKeyInfo, ReadsNoByteThatItWasNotGiven) {
+TEST(ConvertPublicKeyInfo, NoByteBeyondParametersAndKeyIsRead) {
   GuardedRoom parameters_room(1000);
   GuardedRoom bits_room(1000);
   for (const unsigned int count : {0u, 1u, 2u, 3u, 66u, 528u, 529u, 1000u}) {
@@ -212,7 +213,7 @@ TEST(ConvertPublicKeyInfo, ReadsNoByteThatItWasNotGiven) {
   }
 }
 
-TEST(ConvertPublicKeyInfo, ReportsThatThereIsNoMemoryForTheBlob) {
+TEST(ConvertPublicKeyInfo, ABlobWithoutMemoryIsReported) {
   LoadName(kRsa);
   const Bytes bits = Counted(5);
   const CERT_PUBLIC_KEY_INFO info = InfoOf(kRsa, {}, bits);
@@ -230,7 +231,7 @@ TEST(ConvertPublicKeyInfo, ReportsThatThereIsNoMemoryForTheBlob) {
 
 // Whatever the platform's record classes ask for, each request that fails
 // ends the call in its own way and leaves nothing behind.
-TEST(ConvertPublicKeyInfo, LeavesNoBufferBehindWhicheverRequestFails) {
+TEST(ConvertPublicKeyInfo, NoBufferIsLeftBehindWhicheverRequestFails) {
   LoadName(kGost2001);
   const Bytes bits = ModelOctetString(Counted(2000));
   for (const Bytes& key : {bits, Bytes{0x04, 0x40} + Counted(64)}) {
@@ -269,7 +270,7 @@ TEST(ConvertPublicKeyInfo, LeavesNoBufferBehindWhicheverRequestFails) {
   }
 }
 
-TEST(ConvertPublicKeyInfo, HasNoMemoryForASizeThatDoesNotFitIn32Bits) {
+TEST(ConvertPublicKeyInfo, ASizeThatDoesNotFitIn32BitsIsReportedAsNoMemory) {
   LoadName(kGost2001);
   const Bytes bits = Bytes{0x04, 0x40} + Counted(64);
   const auto blob_requests =
@@ -290,7 +291,7 @@ TEST(ConvertPublicKeyInfo, HasNoMemoryForASizeThatDoesNotFitIn32Bits) {
   }
 }
 
-TEST(ConvertPublicKeyInfo, AsksForTheLargestSizeThatFitsIn32Bits) {
+TEST(ConvertPublicKeyInfo, TheHeapIsAskedForTheLargestSizeThatFitsIn32Bits) {
   const Bytes bits = Bytes{0x04, 0x40} + Counted(64);
   CERT_PUBLIC_KEY_INFO info = InfoOf(kGost2001, {}, bits);
   info.Algorithm.Parameters.cbData = 0xFFFFFFAF;

@@ -23,25 +23,25 @@ using Pointers = std::vector<void*>;
 const Encoded kRefused = {0,  NTE_BAD_KEY,   {}, kUntouchedSize,
                           {}, kUntouchedSize};
 
-TEST(EncodePublicKey, WrapsTheKeyAndGivesTheParameters) {
+TEST(EncodePublicKey, ABlobIsSplitIntoAWrappedKeyAndParameters) {
   const Bytes parameters = {0xA0, 0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xA6, 0xA7};
   EXPECT_EQ(Encode(ModelHeader(0x2E23, 512) + parameters + Counted(64)),
             (Encoded{1, kUntouchedError, Bytes{0x04, 0x40} + Counted(64), 66,
                      parameters, 8}));
 }
 
-TEST(EncodePublicKey, WrapsAKeyOf128BytesWithALongLength) {
+TEST(EncodePublicKey, AKeyOf128BytesIsWrappedWithALongLength) {
   EXPECT_EQ(Encode(ModelHeader(0x2E23, 1024) + Counted(128)),
             (Encoded{1, kUntouchedError, Bytes{0x04, 0x81, 0x80} + Counted(128),
                      131, std::nullopt, 0}));
 }
 
-TEST(EncodePublicKey, LeavesTheKeyOfOneAlgorithmBare) {
+TEST(EncodePublicKey, TheKeyOfOneAlgorithmIsLeftBare) {
   EXPECT_EQ(Encode(ModelHeader(0x2E29, 512) + Counted(64)),
             (Encoded{1, kUntouchedError, Counted(64), 64, std::nullopt, 0}));
 }
 
-TEST(EncodePublicKey, WrapsTheKeysOfAllOtherAlgorithms) {
+TEST(EncodePublicKey, TheKeysOfAllOtherAlgorithmsAreWrapped) {
   for (const unsigned int algorithm :
        {0u, 0x2E28u, 0x2E2Au, 0x2E1Eu, 0xA400u, 0x12E29u, 0xFFFFFFFFu}) {
     EXPECT_EQ(Encode(ModelHeader(algorithm, 8) + Bytes{9}).key,
@@ -49,24 +49,24 @@ TEST(EncodePublicKey, WrapsTheKeysOfAllOtherAlgorithms) {
   }
 }
 
-TEST(EncodePublicKey, RoundsBitsDownToBytes) {
+TEST(EncodePublicKey, BitsAreRoundedDownToBytes) {
   const Bytes key = Counted(63);
   EXPECT_EQ(Encode(ModelHeader(0x2E23, 511) + Bytes{0xA0} + key),
             (Encoded{1, kUntouchedError, Bytes{0x04, 0x3F} + key, 65,
                      Bytes{0xA0}, 1}));
 }
 
-TEST(EncodePublicKey, TakesAllForParametersWhenTheKeyHasNoBits) {
+TEST(EncodePublicKey, ABlobOfAKeyWithoutBitsIsAllParameters) {
   EXPECT_EQ(Encode(ModelHeader(0x2E23, 7) + Counted(5)),
             (Encoded{1, kUntouchedError, Bytes{0x04, 0x00}, 2, Counted(5), 5}));
 }
 
-TEST(EncodePublicKey, HandsOutAnEmptyBareKey) {
+TEST(EncodePublicKey, AnEmptyBareKeyIsHandedOut) {
   EXPECT_EQ(Encode(ModelHeader(0x2E29, 0)),
             (Encoded{1, kUntouchedError, Bytes{}, 0, std::nullopt, 0}));
 }
 
-TEST(EncodePublicKey, LooksAtNothingElseInTheHeader) {
+TEST(EncodePublicKey, TheRestOfTheHeaderIsIgnored) {
   Bytes blob = ModelHeader(0x2E23, 8) + Bytes{9};
   for (const std::size_t at : {0u, 1u, 2u, 3u, 8u, 9u, 10u, 11u}) {
     blob[at] = 0xEE;
@@ -74,7 +74,7 @@ TEST(EncodePublicKey, LooksAtNothingElseInTheHeader) {
   EXPECT_EQ(Encode(blob).key, (Bytes{0x04, 0x01, 9}));
 }
 
-TEST(EncodePublicKey, TouchesNothingWithoutABlob) {
+TEST(EncodePublicKey, NoOutputIsTouchedWithoutABlob) {
   const Bytes blob = ModelHeader(0x2E23, 8) + Bytes{9};
   for (const bool null : {true, false}) {
     unsigned char* key = EarlierBuffer();
@@ -99,7 +99,7 @@ TEST(EncodePublicKey, TouchesNothingWithoutABlob) {
   }
 }
 
-TEST(EncodePublicKey, RefusesABlobOfFewerThan16BytesAndReadsNoMoreOfIt) {
+TEST(EncodePublicKey, ABlobOfFewerThan16BytesIsRefusedAndReadNoFurther) {
   const Bytes blob = ModelHeader(0x2E23, 0);
   GuardedRoom room(16);
   for (unsigned int size = 1; size < 16; ++size) {
@@ -108,13 +108,13 @@ TEST(EncodePublicKey, RefusesABlobOfFewerThan16BytesAndReadsNoMoreOfIt) {
   EXPECT_EQ(Encode(room.Place(blob), 16).result, 1);
 }
 
-TEST(EncodePublicKey, RefusesABlobWithoutRoomForItsKey) {
+TEST(EncodePublicKey, ABlobThatIsTooShortForItsKeyIsRefused) {
   EXPECT_EQ(Encode(ModelHeader(0x2E23, 512) + Counted(63)), kRefused);
   EXPECT_EQ(Encode(ModelHeader(0x2E29, 512) + Counted(63)), kRefused);
   EXPECT_EQ(Encode(ModelHeader(0x2E23, 0xFFFFFFFF) + Counted(64)), kRefused);
 }
 
-TEST(EncodePublicKey, RefusesParametersOfTwoGibibytes) {
+TEST(EncodePublicKey, ParametersOfTwoGibibytesAreRefused) {
   // Nobody may read past the header: the sizes alone decide.
   GuardedRoom room(16);
   const unsigned char* const blob = room.Place(ModelHeader(0x2E23, 512));
@@ -122,7 +122,7 @@ TEST(EncodePublicKey, RefusesParametersOfTwoGibibytes) {
   EXPECT_EQ(Encode(blob, 0xFFFFFFFF), kRefused);
 }
 
-TEST(EncodePublicKey, FreesTheEarlierBuffersWhenItRefusesTheBlob) {
+TEST(EncodePublicKey, TheEarlierBuffersAreFreedWhenTheBlobIsRefused) {
   for (const unsigned int size : {5u, 16u}) {
     const Bytes blob = ModelHeader(0x2E23, 512);
     unsigned char* key = EarlierBuffer();
@@ -141,7 +141,7 @@ TEST(EncodePublicKey, FreesTheEarlierBuffersWhenItRefusesTheBlob) {
   }
 }
 
-TEST(EncodePublicKey, FreesTheEarlierBuffersWhenItSucceeds) {
+TEST(EncodePublicKey, TheEarlierBuffersAreFreedWhenTheBlobIsSplit) {
   const Bytes blob = ModelHeader(0x2E29, 8) + Bytes{7, 9};
   unsigned char* key = EarlierBuffer();
   unsigned char* parameters = EarlierBuffer();
@@ -160,7 +160,7 @@ TEST(EncodePublicKey, FreesTheEarlierBuffersWhenItSucceeds) {
   EXPECT_EQ(Take(parameters, parameters_size), Bytes{7});
 }
 
-TEST(EncodePublicKey, FreesEarlierParametersWhenTheBlobHasNone) {
+TEST(EncodePublicKey, EarlierParametersAreFreedWhenTheBlobHasNone) {
   const Bytes blob = ModelHeader(0x2E23, 8) + Bytes{9};
   unsigned char* parameters = EarlierBuffer();
   unsigned int key_size = kUntouchedSize;
@@ -174,7 +174,7 @@ TEST(EncodePublicKey, FreesEarlierParametersWhenTheBlobHasNone) {
   EXPECT_EQ(parameters_size, 0u);
 }
 
-TEST(EncodePublicKey, GivesSizesAndHandsOutNothingWhenNoneIsAskedFor) {
+TEST(EncodePublicKey, SizesAloneAreGivenWhenNoOutputIsAskedFor) {
   for (const unsigned int algorithm : {0x2E23u, 0x2E29u}) {
     const Bytes blob = ModelHeader(algorithm, 512) + Counted(72);
     unsigned int key_size = kUntouchedSize;
@@ -190,7 +190,7 @@ TEST(EncodePublicKey, GivesSizesAndHandsOutNothingWhenNoneIsAskedFor) {
   }
 }
 
-TEST(EncodePublicKey, HandsOutTheKeyAlone) {
+TEST(EncodePublicKey, TheKeyAloneCanBeAskedFor) {
   const Bytes blob = ModelHeader(0x2E23, 512) + Counted(72);
   unsigned char* key = nullptr;
   unsigned int key_size = 0;
@@ -203,7 +203,7 @@ TEST(EncodePublicKey, HandsOutTheKeyAlone) {
   EXPECT_EQ(parameters_size, 8u);
 }
 
-TEST(EncodePublicKey, HandsOutTheParametersAlone) {
+TEST(EncodePublicKey, TheParametersAloneCanBeAskedFor) {
   const Bytes blob = ModelHeader(0x2E23, 512) + Counted(72);
   unsigned char* parameters = nullptr;
   unsigned int key_size = 0;
@@ -216,7 +216,7 @@ TEST(EncodePublicKey, HandsOutTheParametersAlone) {
   EXPECT_EQ(key_size, 66u);
 }
 
-TEST(EncodePublicKey, DoesNotReadTheArgumentsWithoutMeaning) {
+TEST(EncodePublicKey, ArgumentsWithoutMeaningAreIgnored) {
   const Bytes blob = ModelHeader(0x2E23, 8) + Bytes{9};
   GuardedRoom room(1);
   // The end of the room: no byte of the text can be read.
@@ -231,7 +231,7 @@ TEST(EncodePublicKey, DoesNotReadTheArgumentsWithoutMeaning) {
   EXPECT_EQ(Take(key, key_size), (Bytes{0x04, 0x01, 9}));
 }
 
-TEST(EncodePublicKey, ReadsNoByteThatItWasNotGiven) {
+TEST(EncodePublicKey, NoByteBeyondTheBlobIsRead) {
   GuardedRoom room(2000);
   for (const unsigned int algorithm : {0x2E23u, 0x2E29u}) {
     for (const unsigned int key : {0u, 1u, 127u, 128u, 512u, 1000u}) {
@@ -241,7 +241,7 @@ TEST(EncodePublicKey, ReadsNoByteThatItWasNotGiven) {
   }
 }
 
-TEST(EncodePublicKey, AsksTheHeapForTheOutputsExactly) {
+TEST(EncodePublicKey, TheHeapIsAskedForTheOutputsExactly) {
   const Bytes blob = ModelHeader(0x2E23, 512) + Counted(72);
   unsigned char* key = nullptr;
   unsigned char* parameters = nullptr;
@@ -264,7 +264,7 @@ TEST(EncodePublicKey, AsksTheHeapForTheOutputsExactly) {
 // Whatever the platform's record classes ask for, each request that fails
 // ends the call in its own way and leaves nothing behind but a key that was
 // already handed out.
-TEST(EncodePublicKey, LeavesNothingBehindWhicheverRequestFails) {
+TEST(EncodePublicKey, NoBufferIsLeftBehindWhicheverRequestFails) {
   for (const Bytes& blob : {ModelHeader(0x2E23, 512) + Counted(72),
                             ModelHeader(0x2E23, 16000) + Counted(2008),
                             ModelHeader(0x2E29, 512) + Counted(72)}) {

@@ -26,12 +26,12 @@ class HostPlatform : public testing::Test {
 
 const Bytes kWrapped = Bytes{0x04, 0x40} + Counted(64);
 
-TEST_F(HostPlatform, IsTheOneThatTheConversionsCall) {
+TEST_F(HostPlatform, ConversionsCallTheHostsRecordClasses) {
   Convert(kGost2001, {}, kWrapped);
   EXPECT_GT(host_faults.calls, 0);
 }
 
-TEST_F(HostPlatform, HasTheKeyTakenWholeWhenItsContentHasAStatus) {
+TEST_F(HostPlatform, AKeyIsTakenWholeWhenTheHostGivesItsContentAStatus) {
   for (const int status : {-1, 1}) {
     host_faults.content_status = status;
     EXPECT_EQ(Convert(kGost2001, {}, kWrapped).blob,
@@ -39,7 +39,7 @@ TEST_F(HostPlatform, HasTheKeyTakenWholeWhenItsContentHasAStatus) {
   }
 }
 
-TEST_F(HostPlatform, HasTheKeyTakenWholeWhenItsContentIsShorterOrLonger) {
+TEST_F(HostPlatform, AKeyIsTakenWholeWhenTheHostGivesAShorterOrLongerContent) {
   for (const int excess : {-1, 1}) {
     host_faults.content_excess = excess;
     EXPECT_EQ(Convert(kGost2001, {}, kWrapped).blob,
@@ -47,7 +47,7 @@ TEST_F(HostPlatform, HasTheKeyTakenWholeWhenItsContentIsShorterOrLonger) {
   }
 }
 
-TEST_F(HostPlatform, HasTheKeyUnwrappedOnlyIfItTellsTwoOrThreeBytesLess) {
+TEST_F(HostPlatform, AKeyIsUnwrappedOnlyWhenTheHostTellsTwoOrThreeBytesLess) {
   for (int size = 0; size <= 70; ++size) {
     host_faults.content_size = size;
     const bool is_unwrapped = size == 64 || size == 63;
@@ -60,7 +60,7 @@ TEST_F(HostPlatform, HasTheKeyUnwrappedOnlyIfItTellsTwoOrThreeBytesLess) {
   }
 }
 
-TEST_F(HostPlatform, MayThrowForMalformedBytes) {
+TEST_F(HostPlatform, AHostMayThrowForMalformedBytes) {
   const Bytes bits = {0x04, 0x80};
   const CERT_PUBLIC_KEY_INFO info = InfoOf(kGost2001, {}, bits);
   host_faults.throw_for_malformed = true;
@@ -74,7 +74,7 @@ TEST_F(HostPlatform, MayThrowForMalformedBytes) {
   EXPECT_EQ(GetLastError(), kUntouchedError);
 }
 
-TEST_F(HostPlatform, MayThrowAtEveryCallOfAConversionToABlob) {
+TEST_F(HostPlatform, AHostMayThrowAtEveryCallOfAConversionToABlob) {
   Convert(kGost2001, {}, kWrapped);
   const int calls = host_faults.calls;
   const CERT_PUBLIC_KEY_INFO info = InfoOf(kGost2001, {}, kWrapped);
@@ -95,7 +95,7 @@ TEST_F(HostPlatform, MayThrowAtEveryCallOfAConversionToABlob) {
   }
 }
 
-TEST_F(HostPlatform, MayThrowAtEveryCallOfASplit) {
+TEST_F(HostPlatform, AHostMayThrowAtEveryCallOfASplit) {
   const Bytes blob = ModelHeader(0x2E23, 512) + Counted(72);
   Encode(blob);
   const int calls = host_faults.calls;
@@ -120,7 +120,7 @@ TEST_F(HostPlatform, MayThrowAtEveryCallOfASplit) {
   }
 }
 
-TEST_F(HostPlatform, HasTheSplitFailWhenItCannotEncode) {
+TEST_F(HostPlatform, ASplitFailsWhenTheHostCannotEncode) {
   const Encoded failed = {0,  DIGSIG_E_ENCODE, {}, kUntouchedSize,
                           {}, kUntouchedSize};
   for (const int status : {3, -3}) {
@@ -132,7 +132,7 @@ TEST_F(HostPlatform, HasTheSplitFailWhenItCannotEncode) {
             ModelEncode(ModelHeader(0x2E29, 8) + Bytes{7, 9}));
 }
 
-TEST_F(HostPlatform, IsAskedToEncodeEvenForSizesAlone) {
+TEST_F(HostPlatform, TheHostIsAskedToEncodeEvenForSizesAlone) {
   const Bytes blob = ModelHeader(0x2E23, 8) + Bytes{9};
   host_faults.encoding_status = 3;
   unsigned int key_size = kUntouchedSize;
@@ -145,7 +145,7 @@ TEST_F(HostPlatform, IsAskedToEncodeEvenForSizesAlone) {
   EXPECT_EQ(key_size, kUntouchedSize);
 }
 
-TEST_F(HostPlatform, KeepsTheLastErrorCode) {
+TEST_F(HostPlatform, ConversionsSetTheHostsLastError) {
   Convert("1.2.3", {}, {});
   EXPECT_EQ(GetLastError(), NTE_BAD_ALGID);
 }

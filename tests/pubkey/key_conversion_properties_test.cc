@@ -39,7 +39,7 @@ rc::Gen<Bytes> Keys() {
   return rc::gen::oneOf(rc::gen::arbitrary<Bytes>(), NearlyOctetStrings());
 }
 
-RC_GTEST_PROP(Conversion, MakesTheBlobThatTheModelMakes, ()) {
+RC_GTEST_PROP(KeyConversion, AnyKeyGivesTheBlobThatTheModelMakes, ()) {
   const Bytes parameters = *rc::gen::arbitrary<Bytes>();
   const Bytes bits = *Keys();
   const Bytes blob = ModelBlob(0x2E23, parameters, bits);
@@ -47,7 +47,7 @@ RC_GTEST_PROP(Conversion, MakesTheBlobThatTheModelMakes, ()) {
             (Converted{1, kUntouchedError, blob, SizeOf(blob)}));
 }
 
-RC_GTEST_PROP(Conversion, SplitsAnyBytesAsTheModelDoes, ()) {
+RC_GTEST_PROP(KeyConversion, AnyBytesAreSplitAsTheModelDoes, ()) {
   const auto key_size = *rc::gen::inRange(0u, 400u);
   const auto algorithm = *rc::gen::oneOf(rc::gen::just(0x2E29u),
                                          rc::gen::arbitrary<unsigned int>());
@@ -61,7 +61,7 @@ RC_GTEST_PROP(Conversion, SplitsAnyBytesAsTheModelDoes, ()) {
   RC_ASSERT(Encode(blob) == ModelEncode(blob));
 }
 
-RC_GTEST_PROP(Conversion, LeadsBackWhereTheKeyWasUnwrapped, ()) {
+RC_GTEST_PROP(KeyConversion, AnUnwrappedKeyComesBackWrapped, ()) {
   const Bytes parameters = *rc::gen::arbitrary<Bytes>();
   Bytes content = *rc::gen::arbitrary<Bytes>();
   content.resize(*rc::gen::inRange<std::size_t>(1, 256));
@@ -72,7 +72,7 @@ RC_GTEST_PROP(Conversion, LeadsBackWhereTheKeyWasUnwrapped, ()) {
   RC_ASSERT(back.parameters.value_or(Bytes{}) == parameters);
 }
 
-RC_GTEST_PROP(Conversion, LeadsBackForTheBareKeyUnlessItLooksWrapped, ()) {
+RC_GTEST_PROP(KeyConversion, ABareKeyComesBackUnlessItLooksWrapped, ()) {
   const Bytes bits = *Keys();
   const Encoded back = Encode(Convert(kOwnGost94, {}, bits).blob.value());
   RC_ASSERT(back.key == ModelKey(bits));

@@ -73,7 +73,7 @@ void ExpectWrappedAnew(const PublicKey& key) {
   EXPECT_EQ(back.parameters.value_or(Bytes{}), key.parameters);
 }
 
-TEST(RoundTrip, GivesAGost2001CertificateItsKeyBack) {
+TEST(KeyRoundTrip, TheKeyOfAGost2001CertificateComesBack) {
   const Certificate certificate = ReadDer("gost2001-A.der");
   ASSERT_NE(certificate, nullptr);
   const PublicKey key = PublicKeyOf(X509_get_X509_PUBKEY(certificate.get()));
@@ -81,7 +81,7 @@ TEST(RoundTrip, GivesAGost2001CertificateItsKeyBack) {
   ExpectSymmetric(key);
 }
 
-TEST(RoundTrip, WrapsTheKeysThatWereNoOctetString) {
+TEST(KeyRoundTrip, KeysThatWereNoOctetStringComeBackWrapped) {
   for (const char* const name : {"rsa2048.der", "dsa2048.der"}) {
     const Certificate certificate = ReadDer(name);
     ASSERT_NE(certificate, nullptr);
@@ -89,7 +89,7 @@ TEST(RoundTrip, WrapsTheKeysThatWereNoOctetString) {
   }
 }
 
-TEST(RoundTrip, RefusesAnEllipticCurveThatTheRegistryDoesNotKnow) {
+TEST(KeyRoundTrip, AnEllipticCurveThatTheRegistryDoesNotKnowIsRefused) {
   const Certificate certificate = ReadDer("ecp256.der");
   ASSERT_NE(certificate, nullptr);
   const PublicKey key = PublicKeyOf(X509_get_X509_PUBKEY(certificate.get()));
@@ -97,7 +97,9 @@ TEST(RoundTrip, RefusesAnEllipticCurveThatTheRegistryDoesNotKnow) {
             NTE_BAD_ALGID);
 }
 
-TEST(RoundTrip, TakesEveryCertificateOfTheSystemsBundle) {
+TEST(
+    KeyRoundTrip,
+    EveryRsaKeyOfTheSystemsCertificatesComesBackWrappedAndAllOthersAreRefused) {
   constexpr char kBundle[] = "/etc/ssl/certs/ca-certificates.crt";
   const std::unique_ptr<BIO, decltype(&BIO_free)> bundle(
       BIO_new_file(kBundle, "r"), BIO_free);
@@ -125,7 +127,7 @@ TEST(RoundTrip, TakesEveryCertificateOfTheSystemsBundle) {
 }
 
 // Keys made here and now, in certificates signed with them.
-TEST(RoundTrip, GivesNewGost2001CertificatesTheirKeysBack) {
+TEST(KeyRoundTrip, TheKeysOfNewGost2001CertificatesComeBack) {
   ENGINE_load_dynamic();
   ENGINE* const gost = ENGINE_by_id("gost");
   if (gost == nullptr || ENGINE_init(gost) != 1) {

@@ -24,43 +24,43 @@ Bytes KeyOf(const Bytes& bits) {
   return Bytes(blob.begin() + 16, blob.end());
 }
 
-TEST(UnwrapRule, TakesTheContentOfAnOctetStringThatFillsTheKey) {
+TEST(UnwrapRule, AnOctetStringThatFillsTheKeyIsUnwrapped) {
   EXPECT_EQ(KeyOf(Bytes{0x04, 0x40} + Counted(64)), Counted(64));
   EXPECT_EQ(KeyOf(Bytes{0x04, 0x7F} + Counted(127)), Counted(127));
   EXPECT_EQ(KeyOf(Bytes{0x04, 0x81, 0x80} + Counted(128)), Counted(128));
   EXPECT_EQ(KeyOf(Bytes{0x04, 0x81, 0xFF} + Counted(255)), Counted(255));
 }
 
-TEST(UnwrapRule, LeavesAKeyWithAHeaderOfFourBytesWhole) {
+TEST(UnwrapRule, AKeyWithAHeaderOfFourBytesStaysWhole) {
   const Bytes bits = Bytes{0x04, 0x82, 0x01, 0x00} + Counted(256);
   const Converted call = Convert(kGost2001, {}, bits);
   EXPECT_EQ(call.blob, ModelHeader(0x2E23, 2080) + bits);
 }
 
-TEST(UnwrapRule, UnwrapsALengthThatIsLongerThanItNeedsToBe) {
+TEST(UnwrapRule, ALengthMayBeLongerThanItNeedsToBe) {
   EXPECT_EQ(KeyOf(Bytes{0x04, 0x81, 0x40} + Counted(64)), Counted(64));
   EXPECT_EQ(KeyOf(Bytes{0x04, 0x81, 0x00}), Bytes{});
 }
 
-TEST(UnwrapRule, UnwrapsAnOctetStringThatLeavesOneByteOver) {
+TEST(UnwrapRule, AnOctetStringThatLeavesOneByteOverIsUnwrapped) {
   EXPECT_EQ(KeyOf(Bytes{0x04, 0x3F} + Counted(64)), Counted(63));
   EXPECT_EQ(KeyOf(Bytes{0x04, 0x00, 0x09}), Bytes{});
 }
 
-TEST(UnwrapRule, LeavesAnOctetStringThatLacksAByteWhole) {
+TEST(UnwrapRule, AnOctetStringThatLacksAByteStaysWhole) {
   // The lengths alone would let it pass: 128 is two less than 130.
   const Bytes bits = Bytes{0x04, 0x81, 0x80} + Counted(127);
   EXPECT_EQ(KeyOf(bits), bits);
 }
 
-TEST(UnwrapRule, LeavesAKeyOfFewerThanThreeBytesWhole) {
+TEST(UnwrapRule, AKeyOfFewerThanThreeBytesStaysWhole) {
   for (const Bytes& bits :
        {Bytes{}, Bytes{0x04}, Bytes{0x04, 0x00}, Bytes{0x04, 0x01}}) {
     EXPECT_EQ(KeyOf(bits), bits);
   }
 }
 
-TEST(UnwrapRule, UnwrapsNoOtherIdentifier) {
+TEST(UnwrapRule, AKeyWithAnyOtherIdentifierStaysWhole) {
   for (unsigned int identifier = 0; identifier < 256; ++identifier) {
     const Bytes bits =
         Bytes{static_cast<unsigned char>(identifier), 0x40} + Counted(64);
@@ -68,7 +68,7 @@ TEST(UnwrapRule, UnwrapsNoOtherIdentifier) {
   }
 }
 
-TEST(UnwrapRule, UnwrapsNoTagNumberThatTakesSeveralBytes) {
+TEST(UnwrapRule, AKeyWhoseTagTakesSeveralBytesStaysWhole) {
   for (const Bytes& identifier :
        {Bytes{0x1F, 0x04}, Bytes{0x1F, 0x80, 0x04},
         Bytes{0x1F, 0x90, 0x80, 0x80, 0x80, 0x04},
@@ -82,7 +82,7 @@ TEST(UnwrapRule, UnwrapsNoTagNumberThatTakesSeveralBytes) {
 
 // Every header that can stand before a content of a key of n bytes, fitting,
 // too short and too long, over every n from 0 to 300.
-TEST(UnwrapRule, HoldsForEveryLengthAndEveryFormOfHeader) {
+TEST(UnwrapRule, EveryLengthAndFormOfHeaderIsUnwrappedAsTheModelDoes) {
   const unsigned char kIdentifiers[] = {0x04, 0x24, 0x44, 0x84, 0xC4,
                                         0x03, 0x05, 0x30, 0x00, 0x1F};
   int unwrapped = 0;
@@ -121,7 +121,7 @@ TEST(UnwrapRule, HoldsForEveryLengthAndEveryFormOfHeader) {
 }
 
 // The first two bytes decide most; here they take every value.
-TEST(UnwrapRule, HoldsForEveryFirstTwoBytes) {
+TEST(UnwrapRule, AKeyWithAnyFirstTwoBytesIsUnwrappedAsTheModelDoes) {
   for (const unsigned int n : {2u, 3u, 4u, 66u, 130u, 131u, 258u}) {
     Bytes bits = Counted(n);
     for (unsigned int both = 0; both < 0x10000; ++both) {

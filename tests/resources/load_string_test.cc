@@ -191,13 +191,13 @@ const std::map<unsigned int, std::string> kTexts = {
 // A buffer larger than any text, filled with what no text holds.
 std::string Filled() { return std::string(300, '#'); }
 
-TEST(LoadString, CopiesTheTextButNeverATerminator) {
+TEST(LoadString, ATextIsCopiedButNeverATerminator) {
   std::string buffer(12, '#');
   EXPECT_EQ(LoadString_korvan(nullptr, 8048, &buffer[0], 12), 11);
   EXPECT_EQ(buffer, "Common Name#");
 }
 
-TEST(LoadString, KnowsExactlyItsTexts) {
+TEST(LoadString, ExactlyTheStatedTextsAreKnown) {
   EXPECT_EQ(kTexts.size(), 169u);
   for (unsigned int id = 0; id < 0x20000; ++id) {
     std::string buffer = Filled();
@@ -215,7 +215,7 @@ TEST(LoadString, KnowsExactlyItsTexts) {
   }
 }
 
-TEST(LoadString, CopiesNoMoreThanTheSizeAndTouchesNothingBeyond) {
+TEST(LoadString, NoMoreThanTheSizeIsCopiedAndNothingBeyondIsTouched) {
   for (const auto& [id, text] : kTexts) {
     const int length = static_cast<int>(text.size());
     for (int size = 0; size <= length + 3; ++size) {
@@ -269,7 +269,7 @@ TEST(LoadString, AnUnknownNumberZeroesTheFirstByteWhateverTheSize) {
   }
 }
 
-TEST(LoadString, RefusesANullBuffer) {
+TEST(LoadString, ANullBufferIsRefused) {
   for (unsigned int id : {8048u, 0u}) {
     for (int size : {-1, 0, 100}) {
       SetLastError(kUntouchedError);
@@ -279,13 +279,13 @@ TEST(LoadString, RefusesANullBuffer) {
   }
 }
 
-TEST(LoadString, IgnoresTheModule) {
+TEST(LoadString, TheModuleIsIgnored) {
   char buffer[12] = {};
   EXPECT_EQ(LoadString_korvan(buffer, 8048, buffer, 11), 11);
   EXPECT_STREQ(buffer, "Common Name");
 }
 
-TEST(LoadString, KeepsOddTextsAsTheyAreKnown) {
+TEST(LoadString, OddTextsStayAsTheyAreKnown) {
   char buffer[64] = {};
   EXPECT_EQ(LoadString_korvan(nullptr, 2, buffer, 63), 19);
   EXPECT_STREQ(buffer, "%1!s!\n\n%2!u!: %3!s!");
