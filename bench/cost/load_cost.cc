@@ -3,13 +3,13 @@
 // already. It is not linked to ours, which could then not be unloaded.
 
 #include <dlfcn.h>
+#include <korvan/oid_info.h>
 
 #include "cost/measure.h"
 
 namespace {
 
-using Find = void* (*)(unsigned int, void*, unsigned int);
-constexpr unsigned int kNameKey = 2;
+using Find = decltype(&korvan::FindOIDInfo);
 
 void* library;
 Find find;
@@ -26,7 +26,7 @@ bool FindFunction() {
 
 bool LoadAllNames() {
   wchar_t nobody[] = L"\n";
-  return find(kNameKey, nobody, 0) == nullptr;
+  return find(CRYPT_OID_INFO_NAME_KEY, nobody, 0) == nullptr;
 }
 
 bool Unload() { return dlclose(library) == 0; }

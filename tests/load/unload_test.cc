@@ -1,6 +1,7 @@
-// The library loaded and unloaded by a process that does not know it.
+// The library loaded and unloaded by a program that is not linked with it.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <korvan/oid_info.h>
 #include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,15 +10,11 @@
 #include <fstream>
 #include <string>
 
+namespace korvan::test {
 namespace {
 
-struct Record {  // the head of the library's COidData
-  unsigned int cbSize;
-  const char* pszOID;
-  const wchar_t* pwszName;
-};
-
-using FindOIDInfo = Record*(unsigned int, void*, unsigned int);
+// The type alone: the function is found in the loaded library.
+using Find = decltype(&FindOIDInfo);
 
 class Library {
  public:
@@ -32,18 +29,22 @@ class Library {
 
   bool IsLoaded() const { return handle_ != nullptr; }
 
-  FindOIDInfo* Find() const {
-    return reinterpret_cast<FindOIDInfo*>(
-        dlsym(handle_, "_ZN6korvan11FindOIDInfoEjPvj"));
+  COidData* FindByOid(const char* oid, unsigned int group) const {
+    return Lookup()(CRYPT_OID_INFO_OID_KEY, const_cast<char*>(oid), group);
   }
 
   // Loads every name of the registry.
   void LoadNames() const {
     wchar_t name[] = L"no such name";
-    ASSERT_EQ(Find()(2, name, 0), nullptr);
+    ASSERT_EQ(Lookup()(CRYPT_OID_INFO_NAME_KEY, name, 0), nullptr);
   }
 
  private:
+  Find Lookup() const {
+    return reinterpret_cast<Find>(
+        dlsym(handle_, "_ZN6korvan11FindOIDInfoEjPvj"));
+  }
+
   void* handle_;
 };
 
@@ -77,11 +78,11 @@ TEST(Unload, AnUnloadedLibraryIsUnmapped) {
 }
 
 TEST(Unload, ALibraryThatIsLoadedAgainLoadsItsNamesAnew) {
-  char oid[] = "2.5.29.35";
   for (int round = 0; round < 3; ++round) {
     const Library library;
     ASSERT_TRUE(library.IsLoaded()) << dlerror();
-    const Record* const found = library.Find()(1, oid, 6);
+    const COidData* const found =
+        library.FindByOid("2.5.29.35", CRYPT_EXT_OR_ATTR_OID_GROUP_ID);
     ASSERT_NE(found, nullptr);
     EXPECT_STREQ(found->pwszName, L"Authority Key Identifier");
   }
@@ -123,3 +124,4 @@ TEST(Unload, UnloadingAThousandTimesDoesNotGrowTheProcess) {
 }
 
 }  // namespace
+}  // namespace korvan::test
