@@ -1,7 +1,7 @@
 // The rule that tells which keys are unwrapped, over every shape of header.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <vector>
 
 #include "pubkey/conversions.h"
 #include "pubkey/model.h"
@@ -80,38 +80,46 @@ TEST(UnwrapRule, AKeyWhoseTagTakesSeveralBytesStaysWhole) {
   }
 }
 
-// Every header that can stand before a content of a key of n bytes, fitting,
-// too short and too long, over every n from 0 to 300.
-TEST(UnwrapRule, EveryLengthAndFormOfHeaderIsUnwrappedAsTheModelDoes) {
+// Every header of a content of `length` bytes, and some that only look so.
+std::vector<Bytes> HeadersOf(unsigned int length) {
+  const auto octet = [&](int shift) {
+    return static_cast<unsigned char>(length >> shift);
+  };
   const unsigned char kIdentifiers[] = {0x04, 0x24, 0x44, 0x84, 0xC4,
                                         0x03, 0x05, 0x30, 0x00, 0x1F};
+  const Bytes kLengths[] = {
+      {octet(0)},
+      {0x81, octet(0)},
+      {0x82, octet(8), octet(0)},
+      {0x83, 0, octet(8), octet(0)},
+      {0x84, 0, 0, octet(8), octet(0)},
+      {0x84, 1, 0, octet(8), octet(0)},
+      {0x85, 0, 0, 0, octet(8), octet(0)},
+      {0x80},
+      {0xFF},
+  };
+  std::vector<Bytes> headers;
+  for (const unsigned char identifier : kIdentifiers) {
+    for (const Bytes& form : kLengths) {
+      headers.push_back(Bytes{identifier} + form);
+    }
+  }
+  return headers;
+}
+
+// Keys of up to 300 bytes, with headers that tell of contents that fit, that
+// are too short and that are too long.
+TEST(UnwrapRule, EveryLengthAndFormOfHeaderIsUnwrappedAsTheModelDoes) {
   int unwrapped = 0;
   for (unsigned int n = 0; n <= 300; ++n) {
-    for (const unsigned char identifier : kIdentifiers) {
-      for (unsigned int length = n < 8 ? 0 : n - 8; length <= n + 2; ++length) {
-        const auto octet = [&](int shift) {
-          return static_cast<unsigned char>(length >> shift);
-        };
-        const Bytes kLengths[] = {
-            {octet(0)},
-            {0x81, octet(0)},
-            {0x82, octet(8), octet(0)},
-            {0x83, 0, octet(8), octet(0)},
-            {0x84, 0, 0, octet(8), octet(0)},
-            {0x84, 1, 0, octet(8), octet(0)},
-            {0x85, 0, 0, 0, octet(8), octet(0)},
-            {0x80},
-            {0xFF},
-        };
-        for (const Bytes& form : kLengths) {
-          Bytes bits = Bytes{identifier} + form + Counted(n);
-          bits.resize(n);
-          const Bytes key = ModelKey(bits);
-          ASSERT_EQ(KeyOf(bits), key)
-              << "n " << n << ", header "
-              << testing::PrintToString(Bytes{identifier} + form);
-          unwrapped += key.size() < n ? 1 : 0;
-        }
+    for (unsigned int length = n < 8 ? 0 : n - 8; length <= n + 2; ++length) {
+      for (const Bytes& header : HeadersOf(length)) {
+        Bytes bits = header + Counted(n);
+        bits.resize(n);
+        const Bytes key = ModelKey(bits);
+        ASSERT_EQ(KeyOf(bits), key)
+            << "n " << n << ", header " << testing::PrintToString(header);
+        unwrapped += key.size() < n ? 1 : 0;
       }
     }
   }
