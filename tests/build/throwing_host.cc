@@ -30,11 +30,11 @@ void Enter(const char* operation) {
 }
 
 int objects_alive = 0;
+unsigned int last_error = 0;
 
 }  // namespace
 
 extern "C" {
-unsigned int last_error = 0;
 
 void SetLastError(unsigned int code) {
   Enter("SetLastError");

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "pubkey/conversions.h"
+#include "pubkey/host_platform/host_faults.h"
 #include "pubkey/model.h"
 #include "support/bytes.h"
 #include "support/heap_watch.h"

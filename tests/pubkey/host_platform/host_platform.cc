@@ -10,6 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "pubkey/host_platform/host_faults.h"
+
+using korvan::test::host_faults;
+
 namespace {
 
 // One code for each thread, kept as the C library keeps such things.
@@ -31,7 +35,7 @@ void Call() {
 
 }  // namespace
 
-HostFaults host_faults;
+korvan::test::HostFaults korvan::test::host_faults;
 
 void SetLastError(unsigned int code) {
   pthread_setspecific(ErrorKey(),

@@ -4,8 +4,6 @@
 #ifndef HOST_PLATFORM_ASN1_RECORD_H_
 #define HOST_PLATFORM_ASN1_RECORD_H_
 
-#include <string>
-
 class IdentObj {
  public:
   IdentObj();
@@ -39,18 +37,5 @@ class CASNTBaseRecord {
   struct State;
   State* state_;
 };
-
-// What the host is told to do, by the test in whose process it lives.
-struct HostFaults {
-  bool throw_for_malformed = false;  // SetEncodedEntry, else it reports
-  int throw_at_call = 0;             // the nth call of all throws; 0 is none
-  int content_status = 0;            // what GetRecord sets
-  int encoding_status = 0;           // what GetEncodedRecord sets
-  int content_excess = 0;            // GetRecord gives so many bytes more
-  int content_size = -1;             // what GetEntrySize tells, if not negative
-  int calls = 0;                     // counted
-  int alive = 0;                     // buffers and records not yet destroyed
-};
-extern HostFaults host_faults;
 
 #endif  // HOST_PLATFORM_ASN1_RECORD_H_
