@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <malloc.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <fstream>
 #include <string>
+
+#include "support/child_process.h"
 
 namespace korvan::test {
 namespace {
@@ -95,13 +95,7 @@ TEST(Unload, AnUnloadedLibraryLeavesNothingThatAForkWouldCall) {
       const Library library;
       ASSERT_TRUE(library.IsLoaded()) << dlerror();
     }
-    const pid_t child = fork();
-    if (child == 0) {
-      _exit(0);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(ExitStatusOf(StartChild([] { return 0; })), 0);
   }
 }
 

@@ -2,7 +2,6 @@
 // finds its records.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -12,6 +11,7 @@
 
 #include "oid/find.h"
 #include "oid/registry_rows.h"
+#include "support/child_process.h"
 #include "support/together.h"
 
 namespace korvan::test {
@@ -24,8 +24,6 @@ constexpr unsigned int kSecondsUntilHung = 20;
 constexpr int kFound = 0;
 constexpr int kNotFound = 1;
 constexpr int kNoLocale = 2;
-constexpr int kNoFork = 3;
-constexpr int kKilled = 4;  // by the alarm when it hung
 
 // Loads every name by looking for one that no record has, then looks for one.
 int FindAmongAllNames() {
@@ -33,14 +31,6 @@ int FindAmongAllNames() {
                      FindByName(L"COMMON NAME", kAllGroups) ==
                          RowOf(CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 53);
   return found ? kFound : kNotFound;
-}
-
-int StatusOf(pid_t child) {
-  int status = 0;
-  if (waitpid(child, &status, 0) != child) {
-    return kNoFork;
-  }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : kKilled;
 }
 
 // Makes four threads load names for the first time in `locale`, forks after
@@ -65,27 +55,25 @@ int ForkWhileLoading(const char* locale, int delay) {
   start.Meet();
   for (std::atomic<int> turns{delay}; turns > 0; --turns) {
   }
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(kSecondsUntilHung);
-    _exit(FindAmongAllNames());
-  }
+  const pid_t child = StartChild([] {
+    alarm(kSecondsUntilHung);  // which kills the child
+    return FindAmongAllNames();
+  });
   for (std::thread& thread : threads) {
     thread.join();
   }
-  return StatusOf(child);
+  return ExitStatusOf(child);
 }
 
 // Every fork is tried in a process of its own, in which the C library has not
 // yet loaded the locale's converter.
 void ForkManyTimes(const char* locale) {
   for (int i = 0; i < kForks; ++i) {
-    const pid_t fresh = fork();
-    if (fresh == 0) {
-      _exit(ForkWhileLoading(locale, i % 50 * 40));
-    }
-    ASSERT_EQ(StatusOf(fresh), kFound) << "fork " << i << "; 1: not found, "
-                                       << "2: no such locale, 4: hung";
+    const pid_t fresh =
+        StartChild([&] { return ForkWhileLoading(locale, i % 50 * 40); });
+    ASSERT_EQ(ExitStatusOf(fresh), kFound)
+        << "fork " << i << "; " << kNotFound << ": not found, " << kNoLocale
+        << ": no such locale, " << kNoExitStatus << ": hung";
   }
 }
 

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/platform/last_error.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <clocale>
 #include <cstddef>
@@ -17,6 +15,7 @@
 
 #include "oid/find.h"
 #include "oid/registry_rows.h"
+#include "support/child_process.h"
 #include "support/untouched_error.h"
 
 namespace korvan::test {
@@ -48,16 +47,11 @@ class OidNames : public testing::Test {
     return *RegistryRows()[static_cast<std::size_t>(row)];
   }
 
-  // Whether `holds` does in a process of its own, on a registry that is as
-  // this process has it.
+  // Whether `holds` is true in a child process, which begins with the registry
+  // as this process has it and leaves this process's alone.
   template <class Holds>
-  static bool Apart(Holds holds) {
-    const pid_t child = fork();
-    if (child == 0) {
-      _exit(holds() ? 0 : 1);
-    }
-    int status = -1;
-    return waitpid(child, &status, 0) == child && status == 0;
+  static bool IsTrueInAChild(Holds holds) {
+    return ExitStatusOf(StartChild([&] { return holds() ? 0 : 1; })) == 0;
   }
 
   const std::set<int> all_ = RowsThatHoldTextNumbers();
@@ -143,7 +137,7 @@ TEST_F(OidNames, ASearchByNameThatFindsNothingAnywhereLoadsEveryName) {
 TEST_F(OidNames, ASearchLoadsTheLastNameThatIsLeftWhicheverItIs) {
   wchar_t other[] = L"other";
   for (const int left : all_) {
-    EXPECT_TRUE(Apart([&] {
+    EXPECT_TRUE(IsTrueInAChild([&] {
       for (const int row : all_) {
         if (row != left) {
           MatchOidInfo(Row(row), CRYPT_OID_INFO_NAME_KEY, other);
@@ -375,7 +369,7 @@ TEST_F(OidNames, ANullNameAmongLoadedOnesLetsALaterRowWin) {
       "2.5.29.1");
 }
 
-// The one row of its group, so that no other row decides what is known of it.
+// The only row of its group, so that no other row has an influence.
 // The second text is as long as the row's own.
 TEST_F(OidNames, AnyTextCanBeGivenToTheOnlyRecordOfAGroup) {
   COidData& record = *RowOf(CRYPT_POLICY_OID_GROUP_ID, 0);
@@ -386,7 +380,7 @@ TEST_F(OidNames, AnyTextCanBeGivenToTheOnlyRecordOfAGroup) {
     const wchar_t* text;
   } kTexts[] = {{8048, L"Common Name"}, {8023, L"Unstructured Addresss"}};
   for (const auto& given : kTexts) {
-    EXPECT_TRUE(Apart([&] {
+    EXPECT_TRUE(IsTrueInAChild([&] {
       const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
       InitOidInfoWorker(record, given.number);
       return FindByName(given.text, CRYPT_POLICY_OID_GROUP_ID) == &record &&
@@ -435,7 +429,7 @@ TEST_F(OidNames, AnotherRowsTextGivenToAnyEarlierRecordWins) {
       reinterpret_cast<std::uintptr_t>(last.pwszName));
   FindUnknownName(kAllGroups);
   for (const int row : all_) {
-    EXPECT_TRUE(Apart([&] {
+    EXPECT_TRUE(IsTrueInAChild([&] {
       COidData& record = Row(row);
       const std::unique_ptr<const wchar_t[]> own_text(record.pwszName);
       InitOidInfoWorker(record, number);
@@ -469,10 +463,10 @@ TEST_F(OidNames, AnOwnRecordGetsItsTextAndTheFlag) {
   EXPECT_EQ(Loaded(), std::set<int>{});
 }
 
-// So many records that, whatever the program's and the library's places are,
-// some would be taken for rows of the registry if only one end were looked at.
-// Static memory of a program and the heap lie below the library, as a rule,
-// and the stack above it.
+// Enough records that, wherever program and library are loaded, some of them
+// lie where a look at only one end of the registry would take them for its
+// rows. Static memory and the heap usually lie below the library, the stack
+// above it.
 constexpr std::size_t kManyRecords = 4096;
 COidData static_records[kManyRecords];
 
@@ -492,7 +486,7 @@ class OidNamesOfOwnRecords : public OidNames {
                           before.size() * sizeof(COidData)),
               0);
     EXPECT_EQ(Loaded(), std::set<int>{});
-    // Nor does a search take a name for loaded that is not.
+    // A search still loads every name of the registry.
     EXPECT_EQ(FindUnknownName(kAllGroups), nullptr);
     EXPECT_EQ(Loaded(), all_);
   }
@@ -521,11 +515,11 @@ TEST_F(OidNamesOfOwnRecords, RecordsOnTheStackGetTheirTexts) {
   GiveNamesTo(records);
 }
 
-// What is known of one name must not be taken for known of another.
+// One name that is loaded must not make another count as loaded.
 TEST_F(OidNames, ANameIsLoadedWhicheverOtherNameWasLoadedBefore) {
   wchar_t other[] = L"other";
   for (const int loaded : all_) {
-    EXPECT_TRUE(Apart([&] {
+    EXPECT_TRUE(IsTrueInAChild([&] {
       MatchOidInfo(Row(loaded), CRYPT_OID_INFO_NAME_KEY, other);
       for (const OID_TABLE_INFO& table : oid_registry) {
         FindUnknownName(table.dwGroupId);
@@ -539,7 +533,7 @@ TEST_F(OidNames, ANameIsLoadedWhicheverOtherNameWasLoadedBefore) {
 TEST_F(OidNames, ARowIsFoundByNameWhicheverOtherNameWasLoadedBefore) {
   wchar_t other[] = L"other";
   for (const int loaded : all_) {
-    EXPECT_TRUE(Apart([&] {
+    EXPECT_TRUE(IsTrueInAChild([&] {
       MatchOidInfo(Row(loaded), CRYPT_OID_INFO_NAME_KEY, other);
       return FindByName(L"GOST R 34.11-94 (Quorin 2)",
                         CRYPT_HASH_ALG_OID_GROUP_ID) == &Row(0) &&
