@@ -1,4 +1,4 @@
-// The 259 records a second time, as a witness against the tables.
+// The 259 records a second time, to hold the library's own tables against.
 #include "oid/expected_rows.h"
 
 namespace korvan::test {

@@ -51,7 +51,7 @@ TEST(OidAllocation, AFailedAllocationPassesOutAndLeavesTheNameNullForGood) {
   EXPECT_EQ(found->pwszName, nullptr);
   EXPECT_EQ(found->dwOidFlags, kMark | kNameIsOwned);
   EXPECT_EQ(LiveBlocks(), live);
-  // The other record with a GOST name of group 3 is still to be loaded.
+  // No other record of the group has that name.
   EXPECT_EQ(FindByName(kGost2001Name, CRYPT_PUBKEY_ALG_OID_GROUP_ID), nullptr);
 }
 

@@ -1,5 +1,5 @@
-// What a search finds. Which names it loads on the way is told elsewhere, so
-// these tests may run in any order in one process.
+// What a search finds. Which names it loads is the subject of
+// oid_names_test.cc, so these tests may run in any order in one process.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/platform/last_error.h>
@@ -80,9 +80,9 @@ bool SharePair(const ExpectedRow& row, const ExpectedRow& other) {
   return row.algid == other.algid && row.SecondAlgid() == other.SecondAlgid();
 }
 
-// A kind of key: how the key of a row is searched for, and whether two rows
-// have the same. A row without such a key shares it with no row, not even with
-// itself.
+// A kind of key: how the library is asked for the key of a row, and whether two
+// rows have the same. A row without a name shares its name with no row, not
+// even with itself.
 struct KeyKind {
   const char* name;
   COidData* (*find)(const ExpectedRow& row, unsigned int group);
@@ -124,6 +124,7 @@ const Scope kScopes[] = {
 };
 // clang-format on
 
+// The rows that have a key of this kind.
 std::vector<ExpectedRow> RowsWith(const KeyKind& kind) {
   std::vector<ExpectedRow> rows;
   std::ranges::copy_if(

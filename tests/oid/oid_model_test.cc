@@ -185,8 +185,8 @@ class OidSearches : public testing::Test {
     }
   }
 
-  // Asks for every name, from the first row's to the last's: each search finds
-  // the names before its own loaded, and its own not.
+  // Asks for every name, from the first row's to the last's. At each search the
+  // names before are loaded, and the wanted one is not.
   void SearchNamesInOrder(bool in_all_groups) {
     for (const ExpectedRow& row : kExpectedRows) {
       if (row.name == nullptr) {
@@ -202,7 +202,8 @@ class OidSearches : public testing::Test {
     }
   }
 
-  // Gives the row any text, or takes its name with a number that has none.
+  // Gives a row the text of any other, or takes its name by a number that has
+  // no text.
   void RenameSomeRow() {
     const std::size_t row = Below(259);
     const unsigned int number =

@@ -33,7 +33,7 @@ TEST(OidThreads, ThreadsThatMeetAtARecordAllComeBackWithItsOneName) {
     for (const int row : unloaded) {
       const COidData* const asked = rows[static_cast<std::size_t>(row)];
       const COidData* const found = FindByOid(asked->pszOID, asked->dwGroupId);
-      // Plain reads of what was handed out: they must not race.
+      // Plain reads of a record that was returned: they must not race.
       mine.names.push_back(found->pwszName);
       if (found->pwszName != nullptr) {
         mine.characters += std::wcslen(found->pwszName);
@@ -59,7 +59,7 @@ TEST(OidThreads, ThreadsThatMeetAtARecordLeaveOneArray) {
   EXPECT_EQ(LiveBlocks(), before);
 }
 
-// Where every thread waits that is about to make the name of one record.
+// Where the threads wait that are about to make the name of one record.
 MeetingPoint making(kThreads);
 std::atomic<int> made{0};
 

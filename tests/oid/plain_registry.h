@@ -1,4 +1,4 @@
-// The registry done the plain way, as the model of the lookups.
+// The registry without indexes, as the model of the lookups.
 #ifndef KORVAN_TESTS_OID_PLAIN_REGISTRY_H_
 #define KORVAN_TESTS_OID_PLAIN_REGISTRY_H_
 
@@ -16,9 +16,8 @@
 
 namespace korvan::test {
 
-// The registry as it would be without indexes: copies of its records, searched
-// one after the other. What the library's lookups must be indistinguishable
-// from. Make it before the first lookup.
+// Copies of the registry's records, searched one after the other: the library's
+// lookups must do the same. Make it before the first lookup.
 class PlainRegistry {
  public:
   struct Row {

@@ -1,4 +1,4 @@
-// The two conversions as functions of values, for tests that look at results.
+// The two conversions as functions of values.
 #ifndef KORVAN_TESTS_PUBKEY_CONVERSIONS_H_
 #define KORVAN_TESTS_PUBKEY_CONVERSIONS_H_
 
@@ -22,12 +22,12 @@ constexpr char kOwnGost94[] = "1.3.6.1.4.1.86913.2.1.2.2";
 // A size that no call sets, so that a test can tell whether one was set.
 constexpr unsigned int kUntouchedSize = 0xDDDDDDDD;
 
-// A buffer such as an earlier call handed out.
+// An output buffer as an earlier call leaves it.
 inline unsigned char* EarlierBuffer() {
   return static_cast<unsigned char*>(std::malloc(5));
 }
 
-// Takes a buffer that was handed out; null is none.
+// The bytes of an output buffer, which is freed; nothing where it is null.
 inline std::optional<Bytes> Take(unsigned char* buffer, unsigned int size) {
   if (buffer == nullptr) {
     return std::nullopt;
@@ -37,7 +37,7 @@ inline std::optional<Bytes> Take(unsigned char* buffer, unsigned int size) {
   return bytes;
 }
 
-// A public key info over bytes that stand elsewhere.
+// A public key info that borrows the bytes.
 inline CERT_PUBLIC_KEY_INFO InfoOf(const char* oid, const Bytes& parameters,
                                    const Bytes& bits) {
   CERT_PUBLIC_KEY_INFO info = {};

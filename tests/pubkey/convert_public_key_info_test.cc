@@ -25,7 +25,8 @@ const Converted kRefused = {0, NTE_BAD_ALGID, {}, kUntouchedSize};
 // The lookup loads the algorithm's name when it is first found.
 void LoadName(const char* oid) { Convert(oid, {}, {}); }
 
-// How often a conversion asks the heap for something; the blob comes last.
+// The number of requests that a conversion makes of the heap. The last one is
+// for the blob.
 int RequestsFor(const CERT_PUBLIC_KEY_INFO& info) {
   unsigned char* blob = nullptr;
   unsigned int size = 0;
@@ -229,8 +230,8 @@ TEST(ConvertPublicKeyInfo, ABlobWithoutMemoryIsReported) {
   EXPECT_EQ(watch.freed().front(), earlier);
 }
 
-// Whatever the platform's record classes ask for, each request that fails
-// ends the call in its own way and leaves nothing behind.
+// How often the platform's record classes ask the heap is their own affair, so
+// each request of the call fails once.
 TEST(ConvertPublicKeyInfo, NoBufferIsLeftBehindWhicheverRequestFails) {
   LoadName(kGost2001);
   const Bytes bits = ModelOctetString(Counted(2000));
@@ -250,7 +251,7 @@ TEST(ConvertPublicKeyInfo, NoBufferIsLeftBehindWhicheverRequestFails) {
         thrown = true;
       }
       watch.Stop();
-      // The earlier buffer went, and all of what was granted, but the blob.
+      // The earlier buffer is freed, and all that was granted except the blob.
       const std::size_t failed = succeeded ? 0 : 1;
       std::size_t freed = 0;
       for (void* const one : watch.freed()) {

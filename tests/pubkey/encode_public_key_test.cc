@@ -219,7 +219,7 @@ TEST(EncodePublicKey, TheParametersAloneCanBeAskedFor) {
 TEST(EncodePublicKey, ArgumentsWithoutMeaningAreIgnored) {
   const Bytes blob = ModelHeader(0x2E23, 8) + Bytes{9};
   GuardedRoom room(1);
-  // The end of the room: no byte of the text can be read.
+  // No byte of the text can be read.
   const auto* const text = reinterpret_cast<const char*>(room.Place({}));
   unsigned char* key = nullptr;
   unsigned int key_size = 0;
@@ -261,9 +261,9 @@ TEST(EncodePublicKey, TheHeapIsAskedForTheOutputsExactly) {
   std::free(parameters);
 }
 
-// Whatever the platform's record classes ask for, each request that fails
-// ends the call in its own way and leaves nothing behind but a key that was
-// already handed out.
+// How often the platform's record classes ask the heap is their own affair, so
+// each request of the call fails once. A key that was already handed out when
+// the parameters failed stays with the caller.
 TEST(EncodePublicKey, NoBufferIsLeftBehindWhicheverRequestFails) {
   for (const Bytes& blob : {ModelHeader(0x2E23, 512) + Counted(72),
                             ModelHeader(0x2E23, 16000) + Counted(2008),

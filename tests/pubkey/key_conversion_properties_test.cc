@@ -1,4 +1,4 @@
-// The conversions against the plain model, on whatever comes.
+// The conversions beside the plain model, with random input.
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 

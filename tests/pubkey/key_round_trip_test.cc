@@ -1,4 +1,4 @@
-// Real certificates there and back.
+// The keys of real certificates, converted to blobs and back.
 #include <gtest/gtest.h>
 #include <openssl/bio.h>
 #include <openssl/engine.h>
@@ -126,7 +126,7 @@ TEST(
   EXPECT_GT(others, 0);
 }
 
-// Keys made here and now, in certificates signed with them.
+// The keys are made by the test, in certificates that are signed with them.
 TEST(KeyRoundTrip, TheKeysOfNewGost2001CertificatesComeBack) {
   ENGINE_load_dynamic();
   ENGINE* const gost = ENGINE_by_id("gost");

@@ -1,5 +1,5 @@
-// What the conversions do, said again as plainly as can be and without any
-// record class.
+// The conversions as plainly as they can be written, without a record class, as
+// their model.
 #ifndef KORVAN_TESTS_PUBKEY_MODEL_H_
 #define KORVAN_TESTS_PUBKEY_MODEL_H_
 

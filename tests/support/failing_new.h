@@ -1,5 +1,6 @@
-// A program that is linked with failing_new.cc can make `new` fail, anywhere
-// in the process, and count what is allocated by it.
+// A program that is linked with failing_new.cc can make `new` fail, in the
+// tests and in the library, and count what is allocated by it. heap_watch.h
+// sees malloc too, but the library's requests only.
 #ifndef KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
 #define KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
 
@@ -16,7 +17,7 @@ class FailingNew {
   FailingNew& operator=(const FailingNew&) = delete;
   ~FailingNew();
 
-  // Whether an allocation was asked for that failed.
+  // Whether an allocation failed.
   bool Failed() const;
 };
 

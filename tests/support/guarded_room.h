@@ -1,4 +1,4 @@
-// Memory that ends where a page begins that nobody may touch.
+// Memory that is followed by a page that cannot be read or written.
 #ifndef KORVAN_TESTS_SUPPORT_GUARDED_ROOM_H_
 #define KORVAN_TESTS_SUPPORT_GUARDED_ROOM_H_
 
@@ -12,8 +12,7 @@
 
 namespace korvan::test {
 
-// Room for bytes that end where a page begins that nobody may touch: a read
-// past their end kills the test.
+// Holds bytes right before such a page: a read past their end kills the test.
 class GuardedRoom {
  public:
   explicit GuardedRoom(std::size_t capacity) {
@@ -34,7 +33,7 @@ class GuardedRoom {
   GuardedRoom& operator=(const GuardedRoom&) = delete;
   ~GuardedRoom() { munmap(start_, mapped_); }
 
-  // Copies the bytes to the end of the room, over what stood there.
+  // Copies the bytes to the end of the memory, over earlier ones.
   unsigned char* Place(std::span<const unsigned char> bytes) {
     if (bytes.size() > capacity_) {
       throw std::bad_alloc();

@@ -1,7 +1,6 @@
 // A program that is linked with heap_watch.cc can see each request that the
-// project's libraries make of the heap, by malloc or by new, and make one fail.
-// Where only `new` is of interest, and the tests' own `new` too, failing_new.h
-// does with less.
+// project's libraries make of the heap, by malloc or by `new`, and make one
+// fail. failing_new.h sees `new` only, but the tests' own too.
 #ifndef KORVAN_TESTS_SUPPORT_HEAP_WATCH_H_
 #define KORVAN_TESTS_SUPPORT_HEAP_WATCH_H_
 
@@ -28,7 +27,7 @@ class HeapWatch {
 
   void Stop();
 
-  // What was seen, of the first 64 calls; to be asked after Stop.
+  // What was seen of the first 64 calls. Stop the watch before.
   std::vector<std::size_t> sizes() const;  // asked for, granted or not
   std::vector<void*> freed() const;        // given back, null included
 
