@@ -1,5 +1,6 @@
 // The conversions on many threads at once, the first of all calls among them.
 #include <gtest/gtest.h>
+#include <korvan/platform/last_error.h>
 
 #include <atomic>
 #include <cstddef>
@@ -28,16 +29,19 @@ TEST(ConversionThreads, ThreadsConvertAndSplitTheirOwnKeysAtOnce) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST(ConversionThreads, ThreadsWhoseConversionsFailKeepTheirLastErrorsApart) {
+TEST(ConversionThreads, ThreadsWhoseConversionsFailHaveLastErrorsOfTheirOwn) {
+  constexpr int kThreads = 4;
+  MeetingPoint all_have_failed(kThreads);
   std::atomic<int> wrong = 0;
-  RunTogether(4, [&](int number) {
-    for (int round = 0; round < 200; ++round) {
-      if (number % 2 == 0) {
-        wrong += Convert("1.2.3", {}, {}).error != NTE_BAD_ALGID;
-      } else {
-        wrong += Encode(Bytes{1}).error != NTE_BAD_KEY;
-      }
+  RunTogether(kThreads, [&](int number) {
+    const bool is_conversion = number % 2 == 0;
+    if (is_conversion) {
+      Convert("1.2.3", {}, {});
+    } else {
+      Encode(Bytes{1});
     }
+    all_have_failed.Meet();
+    wrong += GetLastError() != (is_conversion ? NTE_BAD_ALGID : NTE_BAD_KEY);
   });
   EXPECT_EQ(wrong, 0);
 }
