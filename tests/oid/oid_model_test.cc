@@ -174,7 +174,7 @@ class OidSearches : public testing::Test {
   void ExpectSameNames() {
     for (std::size_t i = 0; i < rows_.size(); ++i) {
       const COidData& actual = *rows_[i];
-      const COidData& plain = plain_.rows()[i].record;
+      const COidData& plain = plain_.Rows()[i].record;
       ASSERT_EQ(actual.dwOidFlags, plain.dwOidFlags) << "row " << i;
       if (HoldsTextNumber(plain) || plain.pwszName == nullptr) {
         ASSERT_EQ(actual.pwszName, plain.pwszName) << "row " << i;

@@ -35,7 +35,7 @@ class PlainRegistry {
     }
   }
 
-  const std::vector<Row>& rows() const { return rows_; }
+  const std::vector<Row>& Rows() const { return rows_; }
 
   // The number of the row that matches, or -1.
   int Find(unsigned int key_type, void* key, unsigned int group_id) {

@@ -61,8 +61,8 @@ TEST(IdentObj, ABufferTakesNoHeapForWhatFitsInPlace) {
     copy = buffer;
   }
   watch.Stop();
-  EXPECT_TRUE(watch.sizes().empty());
-  EXPECT_TRUE(watch.freed().empty());
+  EXPECT_TRUE(watch.Sizes().empty());
+  EXPECT_TRUE(watch.Freed().empty());
 }
 
 TEST(IdentObj, ABufferTakesTheHeapOnceForMoreAndGivesItBack) {
@@ -70,8 +70,8 @@ TEST(IdentObj, ABufferTakesTheHeapOnceForMoreAndGivesItBack) {
   HeapWatch watch;
   { const IdentObj buffer(bytes.data(), kInPlace + 1); }
   watch.Stop();
-  EXPECT_EQ(watch.sizes().size(), 1u);
-  EXPECT_EQ(watch.freed().size(), 1u);
+  EXPECT_EQ(watch.Sizes().size(), 1u);
+  EXPECT_EQ(watch.Freed().size(), 1u);
 }
 
 TEST(IdentObj, ACopyOutlivesItsSource) {
@@ -114,8 +114,8 @@ TEST(IdentObj, AnAssignmentGivesBackWhatTheBufferHeld) {
     buffer = large;
     buffer = small;
     watch.Stop();
-    EXPECT_EQ(watch.sizes().size(), 1u);
-    EXPECT_EQ(watch.freed().size(), 2u);
+    EXPECT_EQ(watch.Sizes().size(), 1u);
+    EXPECT_EQ(watch.Freed().size(), 2u);
   }
 }
 
@@ -380,7 +380,7 @@ TEST(Asn1Record, AKeyOf512BytesAndItsHeaderTakeNoHeap) {
     record.GetEncodedRecord(&status);
   }
   watch.Stop();
-  EXPECT_TRUE(watch.sizes().empty());
+  EXPECT_TRUE(watch.Sizes().empty());
 }
 
 TEST(Asn1Record, MalformedBytesNeverThrowEvenWithoutMemory) {
@@ -547,7 +547,7 @@ TEST(Asn1Record, AnEncodingTakesNoMemory) {
   HeapWatch watch;
   const IdentObj& encoding = record.GetEncodedRecord(&status);
   watch.Stop();
-  EXPECT_TRUE(watch.sizes().empty());
+  EXPECT_TRUE(watch.Sizes().empty());
   EXPECT_EQ(
       BytesOf(encoding),
       (Bytes{0xDF, 0x83, 0xFF, 0xFF, 0xFF, 0x7F, 0x82, 0x02, 0x58} + content));

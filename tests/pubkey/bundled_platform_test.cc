@@ -26,8 +26,8 @@ TEST(BundledPlatform, AKeyOf512BytesIsConvertedWithNoHeapButTheBlob) {
     HeapWatch watch;
     EXPECT_EQ(KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size), 1);
     watch.Stop();
-    EXPECT_EQ(watch.sizes(), Sizes{size});
-    EXPECT_TRUE(watch.freed().empty());
+    EXPECT_EQ(watch.Sizes(), Sizes{size});
+    EXPECT_TRUE(watch.Freed().empty());
     std::free(blob);
   }
 }
@@ -46,8 +46,8 @@ TEST(BundledPlatform, ABlobOfAKeyOf512BytesIsSplitWithNoHeapButTheOutputs) {
                   &parameters, &parameters_size),
               1);
     watch.Stop();
-    EXPECT_EQ(watch.sizes(), (Sizes{key_size, 20}));
-    EXPECT_TRUE(watch.freed().empty());
+    EXPECT_EQ(watch.Sizes(), (Sizes{key_size, 20}));
+    EXPECT_TRUE(watch.Freed().empty());
     std::free(key);
     std::free(parameters);
   }
@@ -64,7 +64,7 @@ TEST(BundledPlatform, SizesAloneAreGivenWithoutTheHeap) {
                   &key_size, nullptr, &parameters_size),
               1);
     watch.Stop();
-    EXPECT_TRUE(watch.sizes().empty());
+    EXPECT_TRUE(watch.Sizes().empty());
   }
 }
 

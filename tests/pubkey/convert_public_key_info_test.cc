@@ -34,7 +34,7 @@ int RequestsFor(const CERT_PUBLIC_KEY_INFO& info) {
   KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size);
   watch.Stop();
   std::free(blob);
-  return static_cast<int>(watch.sizes().size());
+  return static_cast<int>(watch.Sizes().size());
 }
 
 TEST(ConvertPublicKeyInfo, ABlobIsHeaderParametersAndKey) {
@@ -99,7 +99,7 @@ TEST(ConvertPublicKeyInfo, AnEarlierBlobIsFreedWhenTheAlgorithmIsRefused) {
   HeapWatch watch;
   EXPECT_EQ(KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size), 0);
   watch.Stop();
-  EXPECT_EQ(watch.freed(), Pointers{earlier});
+  EXPECT_EQ(watch.Freed(), Pointers{earlier});
   EXPECT_EQ(blob, nullptr);
   EXPECT_EQ(size, kUntouchedSize);
 }
@@ -114,7 +114,7 @@ TEST(ConvertPublicKeyInfo, NoOutputIsTouchedWithoutAnInfo) {
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
   EXPECT_EQ(blob, earlier);
   EXPECT_EQ(size, kUntouchedSize);
-  EXPECT_TRUE(watch.freed().empty());
+  EXPECT_TRUE(watch.Freed().empty());
   std::free(blob);
 }
 
@@ -127,7 +127,7 @@ TEST(ConvertPublicKeyInfo, NoOutputIsTouchedWithoutAPlaceForTheSize) {
   watch.Stop();
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
   EXPECT_EQ(blob, earlier);
-  EXPECT_TRUE(watch.freed().empty());
+  EXPECT_TRUE(watch.Freed().empty());
   std::free(blob);
 }
 
@@ -147,8 +147,8 @@ TEST(ConvertPublicKeyInfo, TheHeapIsAskedForTheBlobOnceAndExactly) {
   HeapWatch watch;
   EXPECT_EQ(KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size), 1);
   watch.Stop();
-  EXPECT_EQ(watch.sizes().back(), 88u);
-  for (void* const freed : watch.freed()) {
+  EXPECT_EQ(watch.Sizes().back(), 88u);
+  for (void* const freed : watch.Freed()) {
     EXPECT_NE(freed, nullptr);
     EXPECT_NE(freed, blob);
   }
@@ -166,7 +166,7 @@ TEST(ConvertPublicKeyInfo, TheBlobOfAnEarlierCallIsFreed) {
   HeapWatch watch;
   EXPECT_EQ(KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size), 1);
   watch.Stop();
-  EXPECT_EQ(watch.freed().front(), earlier);
+  EXPECT_EQ(watch.Freed().front(), earlier);
   EXPECT_EQ(Take(blob, size), ModelBlob(0xA400, {}, bits));
 }
 
@@ -227,7 +227,7 @@ TEST(ConvertPublicKeyInfo, ABlobWithoutMemoryIsReported) {
   EXPECT_EQ(GetLastError(), NTE_NO_MEMORY);
   EXPECT_EQ(blob, nullptr);
   EXPECT_EQ(size, 21u);
-  EXPECT_EQ(watch.freed().front(), earlier);
+  EXPECT_EQ(watch.Freed().front(), earlier);
 }
 
 // How often the platform's record classes ask the heap is their own affair, so
@@ -253,11 +253,8 @@ TEST(ConvertPublicKeyInfo, NoBufferIsLeftBehindWhicheverRequestFails) {
       watch.Stop();
       // The earlier buffer is freed, and all that was granted except the blob.
       const std::size_t failed = succeeded ? 0 : 1;
-      std::size_t freed = 0;
-      for (void* const one : watch.freed()) {
-        freed += one != nullptr ? 1 : 0;
-      }
-      EXPECT_EQ(freed, 1 + watch.sizes().size() - failed - (succeeded ? 1 : 0));
+      EXPECT_EQ(watch.FreedBlocks(),
+                1 + watch.Sizes().size() - failed - (succeeded ? 1 : 0));
       EXPECT_EQ(blob != nullptr, succeeded);
       if (thrown) {
         EXPECT_EQ(size, kUntouchedSize);
@@ -288,7 +285,7 @@ TEST(ConvertPublicKeyInfo, ASizeThatDoesNotFitIn32BitsIsReportedAsNoMemory) {
     EXPECT_EQ(GetLastError(), NTE_NO_MEMORY);
     EXPECT_EQ(blob, nullptr);
     EXPECT_EQ(size, parameters_size + 80);
-    EXPECT_EQ(watch.sizes().size() + 1, blob_requests);
+    EXPECT_EQ(watch.Sizes().size() + 1, blob_requests);
   }
 }
 
@@ -302,7 +299,7 @@ TEST(ConvertPublicKeyInfo, TheHeapIsAskedForTheLargestSizeThatFitsIn32Bits) {
   HeapWatch watch(RequestsFor(InfoOf(kGost2001, {}, bits)));
   EXPECT_EQ(KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size), 0);
   watch.Stop();
-  EXPECT_EQ(watch.sizes().back(), 0xFFFFFFFF);
+  EXPECT_EQ(watch.Sizes().back(), 0xFFFFFFFF);
   EXPECT_EQ(GetLastError(), NTE_NO_MEMORY);
   EXPECT_EQ(size, 0xFFFFFFFF);
 }

@@ -93,7 +93,7 @@ TEST(EncodePublicKey, NoOutputIsTouchedWithoutABlob) {
     EXPECT_EQ(parameters, earlier[1]);
     EXPECT_EQ(key_size, kUntouchedSize);
     EXPECT_EQ(parameters_size, kUntouchedSize);
-    EXPECT_TRUE(watch.freed().empty());
+    EXPECT_TRUE(watch.Freed().empty());
     std::free(key);
     std::free(parameters);
   }
@@ -135,7 +135,7 @@ TEST(EncodePublicKey, TheEarlierBuffersAreFreedWhenTheBlobIsRefused) {
                                        &key, &sizes[0], &parameters, &sizes[1]),
         0);
     watch.Stop();
-    EXPECT_EQ(watch.freed(), earlier);
+    EXPECT_EQ(watch.Freed(), earlier);
     EXPECT_EQ(key, nullptr);
     EXPECT_EQ(parameters, nullptr);
   }
@@ -154,8 +154,8 @@ TEST(EncodePublicKey, TheEarlierBuffersAreFreedWhenTheBlobIsSplit) {
                                      &key_size, &parameters, &parameters_size),
       1);
   watch.Stop();
-  EXPECT_EQ(watch.freed(), earlier);
-  EXPECT_EQ(watch.sizes(), (std::vector<std::size_t>{1, 1}));
+  EXPECT_EQ(watch.Freed(), earlier);
+  EXPECT_EQ(watch.Sizes(), (std::vector<std::size_t>{1, 1}));
   EXPECT_EQ(Take(key, key_size), Bytes{9});
   EXPECT_EQ(Take(parameters, parameters_size), Bytes{7});
 }
@@ -253,7 +253,7 @@ TEST(EncodePublicKey, TheHeapIsAskedForTheOutputsExactly) {
                                            &parameters, &parameters_size),
             1);
   watch.Stop();
-  const auto sizes = watch.sizes();
+  const auto sizes = watch.Sizes();
   ASSERT_GE(sizes.size(), 2u);
   EXPECT_EQ(sizes[sizes.size() - 2], 66u);
   EXPECT_EQ(sizes.back(), 8u);
@@ -292,14 +292,10 @@ TEST(EncodePublicKey, NoBufferIsLeftBehindWhicheverRequestFails) {
       watch.Stop();
       succeeded = result == 1;
       EXPECT_TRUE(succeeded || result == 0);
-      const std::size_t granted = watch.sizes().size() - (succeeded ? 0 : 1);
-      std::size_t freed = 0;
-      for (void* const one : watch.freed()) {
-        freed += one != nullptr ? 1 : 0;
-      }
+      const std::size_t granted = watch.Sizes().size() - (succeeded ? 0 : 1);
       const std::size_t handed_out =
           (key != nullptr ? 1u : 0u) + (parameters != nullptr ? 1u : 0u);
-      EXPECT_EQ(freed, 2 + granted - handed_out);
+      EXPECT_EQ(watch.FreedBlocks(), 2 + granted - handed_out);
       EXPECT_EQ(parameters != nullptr, succeeded);
       if (thrown) {
         EXPECT_EQ(key, nullptr);

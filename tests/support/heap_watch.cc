@@ -165,12 +165,18 @@ HeapWatch::~HeapWatch() { Stop(); }
 
 void HeapWatch::Stop() { watch = nullptr; }
 
-std::vector<std::size_t> HeapWatch::sizes() const {
+std::vector<std::size_t> HeapWatch::Sizes() const {
   return std::vector<std::size_t>(sizes_, sizes_ + std::min(requests_, kMost));
 }
 
-std::vector<void*> HeapWatch::freed() const {
+std::vector<void*> HeapWatch::Freed() const {
   return std::vector<void*>(freed_, freed_ + std::min(frees_, kMost));
+}
+
+std::size_t HeapWatch::FreedBlocks() const {
+  const std::vector<void*> all = Freed();
+  return all.size() - static_cast<std::size_t>(
+                          std::ranges::count(all, static_cast<void*>(nullptr)));
 }
 
 }  // namespace korvan::test

@@ -28,8 +28,9 @@ class HeapWatch {
   void Stop();
 
   // What was seen of the first 64 calls. Stop the watch before.
-  std::vector<std::size_t> sizes() const;  // asked for, granted or not
-  std::vector<void*> freed() const;        // given back, null included
+  std::vector<std::size_t> Sizes() const;  // asked for, granted or not
+  std::vector<void*> Freed() const;        // given back, null included
+  std::size_t FreedBlocks() const;         // given back, null not counted
 
  private:
   friend bool Grant(std::size_t size);
