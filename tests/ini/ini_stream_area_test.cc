@@ -50,7 +50,10 @@ TEST_F(OddAreas, AStringBufferIsWrittenToTheEndOfItsBlockAndNotBeyond) {
       output.clear();
     }
     document.Save(output);
-    return Shown(buffer.str()) + Shown(output.rdstate());
+    // A string buffer that outgrows a block that is shorter than a string's
+    // own room goes on in that room, and never sets what comes before.
+    const bool is_text_set = size >= String().capacity();
+    return (is_text_set ? Shown(buffer.str()) : "") + Shown(output.rdstate());
   };
   for (std::size_t size = 1; size < 60; ++size) {
     for (const std::size_t before : {std::size_t{0}, size / 2, size}) {
