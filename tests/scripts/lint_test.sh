@@ -1,18 +1,20 @@
 #!/bin/sh
 # lint_test.sh LINT
 # Shows that scripts/lint passes a clean project and sees each fault, in a
-# project that has nothing but the one file.
+# project of two files and a map of the tests.
 set -eu
 top=$(cd "$(dirname "$1")/.." && pwd)
 # shellcheck source=tests/support/self_test.sh
 . "$top/tests/support/self_test.sh"
 cd "$work"
 git init -q .
-mkdir scripts oid
+mkdir scripts oid tests tests/oid
 cp "$top/scripts/lint" scripts/lint
 printf '#!/bin/sh\nexit 0\n' > scripts/setup
 chmod +x scripts/setup
 cp "$top/.clang-format" .
+echo "\`oid_test.cc\` shows what a search finds." > tests/README.md
+echo '// What a search finds.' > tests/oid/oid_test.cc
 
 holds() {  # holds TEXT: the file of the project
   # shellcheck disable=SC2059  # the text is the format
@@ -36,6 +38,14 @@ sees 'does not use' '// Pointers are lent.\nint Answer() { return 42; }\n'
 sees 'not rooted' '// For.\n#include "answer.h"\n'
 sees 'do not open' 'int Answer() { return 42; }\n'
 holds '// What it is for.\n'
+echo '// What a key is.' > tests/oid/key_test.cc
+git add -A
+must_fail "a test file without a row" 'does not name' scripts/lint
+mv tests/oid/key_test.cc tests/oid/oid_test.cc
+echo "\`oid_test.cc\`, and \`gone_test.cc\`" > tests/README.md
+git add -A
+must_fail "a row without a file" 'that are not there' scripts/lint
+echo "\`oid_test.cc\`" > tests/README.md
 # shellcheck disable=SC2016  # for the written script
 printf '#!/bin/sh\necho $1\n' > scripts/unquoted
 git add -A
