@@ -1,0 +1,80 @@
+"""What is mutated, and which tests judge it."""
+
+import dataclasses
+import pathlib
+
+
+@dataclasses.dataclass(frozen=True)
+class Folder:
+    sources: tuple      # patterns of files
+    programs: tuple     # test programs, which are targets of CMake and tests
+    suites: tuple = ()  # of programs whose cases are a test of CTest each
+
+
+@dataclasses.dataclass(frozen=True)
+class Round:
+    """One way to run a folder's tests. A mutant that survives one round meets
+    the next."""
+    build: str              # folder; rounds may share it
+    configure: tuple        # arguments of CMake
+    lacks: tuple = ()       # programs that this build does not have
+    suffix: str = ""        # of the names of the tests that are run
+    limits_memory: bool = True
+
+
+@dataclasses.dataclass(frozen=True)
+class Project:
+    root: pathlib.Path
+    folders: dict
+    rounds: tuple
+    accepted: pathlib.Path
+
+
+# A mutant must compile in spite of a warning, and link no program anew. The
+# default limit of GCC lets an endless constant expression run for minutes.
+_MUTABLE = ("-DKORVAN_WARNINGS_AS_ERRORS=OFF",
+            "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON",
+            "-DCMAKE_CXX_FLAGS=-fconstexpr-ops-limit=12000000")
+# Without symbols, libraries of the same bytes are libraries of the same code.
+_RELEASE = ("--preset", "dev", "-DCMAKE_BUILD_TYPE=Release",
+            "-DCMAKE_SHARED_LINKER_FLAGS=-s", *_MUTABLE)
+
+KORVAN = Project(
+    root=pathlib.Path(__file__).resolve().parents[2],
+    accepted=pathlib.Path(__file__).with_name("accepted.txt"),
+    rounds=(
+        Round("release", _RELEASE),
+        Round("release", _RELEASE, suffix="_under_valgrind"),
+        # The sanitizers reserve more memory than any limit allows. What takes
+        # all memory has failed in the first round.
+        Round("asan", ("--preset", "asan", *_MUTABLE),
+              lacks=("oid_fork_test",), limits_memory=False),
+    ),
+    folders={
+        "oid": Folder(
+            sources=("oid/*.cc", "oid/*.h", "oid/tables/*.inc"),
+            programs=("oid_tables_test", "oid_lookup_test", "oid_names_test",
+                      "oid_model_test", "oid_allocation_test",
+                      "oid_threads_test", "oid_strange_text_test",
+                      "oid_fork_test"),
+            suites=("OidNames", "OidNamesOfOwnRecords", "OidSearches",
+                    "OidAllocation", "OidThreads", "OidStrangeText")),
+        "ini": Folder(
+            sources=("ini/*.cc", "ini/*.h", "ini/*.inc"),
+            programs=("text_test", "ini_document_test", "ini_editing_test",
+                      "ini_editing_model_test", "ini_reader_test",
+                      "ini_reader_model_test", "ini_writer_test",
+                      "ini_file_test", "ini_stream_area_test",
+                      "ini_allocation_test")),
+        "pubkey": Folder(
+            sources=("pubkey/*.cc", "pubkey/*.h"),
+            programs=("key_conversion_test", "key_conversion_on_host_test",
+                      "key_round_trip_test", "key_conversion_properties_test",
+                      "key_conversion_threads_test")),
+        "resources": Folder(
+            sources=("resources/*.cc", "resources/*.h"),
+            programs=("load_string_test",)),
+        "platform": Folder(
+            sources=("platform/*.cc",),
+            programs=("asn1_record_test", "last_error_test")),
+    })
