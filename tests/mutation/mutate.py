@@ -1,4 +1,3 @@
-#!/usr/bin/python3 -B
 """mutate.py [FOLDER...] [options]
 
 Puts small faults into the sources, one at a time, and tells which of them no
@@ -10,6 +9,7 @@ goes on where it stopped.
 import argparse
 import collections
 import concurrent.futures
+import fcntl
 import hashlib
 import json
 import os
@@ -75,6 +75,7 @@ class Results:
         else:
             path.write_text(tree)
         self._file = open(path, "a")
+        self._lock = threading.Lock()
 
     def _take(self, line):
         try:
@@ -85,9 +86,10 @@ class Results:
         self.verdicts[change] = verdict
 
     def add(self, change, verdict):
-        self.verdicts[change] = list(verdict)
-        self._file.write("\n" + json.dumps([*change, *verdict]))
-        self._file.flush()
+        with self._lock:
+            self.verdicts[change] = list(verdict)
+            self._file.write("\n" + json.dumps([*change, *verdict]))
+            self._file.flush()
 
     def close(self):
         self._file.close()
@@ -106,6 +108,16 @@ class Session:
         self._shown = time.monotonic()
 
     def run(self):
+        self._work.mkdir(parents=True, exist_ok=True)
+        with open(self._work / "lock", "w") as lock:
+            try:
+                fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+            except BlockingIOError:
+                raise run.CannotRun(
+                    f"another run is at work in {self._work}") from None
+            return self._run_alone()
+
+    def _run_alone(self):
         self._say("copying and configuring the tree")
         self._workers[0].configure()
         mutants, stale = self._find_mutants()
@@ -211,7 +223,7 @@ class Session:
                     self._show_progress(name, count - len(left), count)
                 worker.prepare(folder)
             except run.Stopped:
-                pass
+                fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
             except BaseException:
                 self._stop.set()
                 raise

@@ -2,6 +2,7 @@
 what it should, and that each of its complaints can be heard."""
 
 import contextlib
+import fcntl
 import io
 import json
 import os
@@ -107,6 +108,7 @@ class OnSample(unittest.TestCase):
     def setUp(self):
         for path in run.files_of(self.root):
             (self.root / path).unlink()
+        (self.root / "build/mutation").mkdir(parents=True, exist_ok=True)
         (self.root / "build/mutation/results").unlink(missing_ok=True)
         for name, text in FILES.items():
             self.write(name, text)
@@ -270,6 +272,11 @@ class Runs(OnSample):
     def test_source_that_is_in_no_build(self):
         self.write("calc/alone.cc", "int Alone() { return 1; }\n")
         self.must_end(2, self.mutate("--list"), "no source of the build")
+
+    def test_second_run_at_the_same_time(self):
+        with open(self.root / "build/mutation/lock", "w") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            self.must_end(2, self.mutate("--list"), "another run is at work")
 
     def test_unknown_folder(self):
         with self.assertRaises(SystemExit):
