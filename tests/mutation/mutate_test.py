@@ -42,11 +42,13 @@ int Sum(int left, int right) { return left + right; }
 int Same(int number) { return static_cast<int>(number); }
 constexpr int kProved = 10;
 static_assert(kProved == 10);
-bool IsSmall(int number) { return number < 10; }
+constexpr int kLimit = 10;
+bool IsSmall(int number) { return number < kLimit; }
+void Halve(int& number) { number /= 2; }
 int Bits(int number) {
   int bits = 0;
   while (number != 0) {
-    number /= 2;
+    Halve(number);
     ++bits;
   }
   return bits;
@@ -77,8 +79,8 @@ int main() {
 }
 """,
 }
-SUM, SAME, PROVED, IS_SMALL, HALVE = (
-    f"calc/calc.cc:{line}" for line in (3, 4, 5, 7, 11))
+SUM, SAME, PROVED, LIMIT, HALVE = (
+    f"calc/calc.cc:{line}" for line in (3, 4, 5, 7, 13))
 
 
 def change(place, old, new, path="calc/calc.cc", ordinal=1):
@@ -86,13 +88,11 @@ def change(place, old, new, path="calc/calc.cc", ordinal=1):
                           tuple(new.split("\n")), ordinal)
 
 
-LESS_OR_EQUAL = change("IsSmall",
-                       "bool IsSmall(int number) { return number < 10; }",
-                       "bool IsSmall(int number) { return number <= 10; }")
-LESS_THAN_NINE = LESS_OR_EQUAL._replace(
-    new=("bool IsSmall(int number) { return number < 9; }",))
-LESS = change("Sum", "int Sum(int left, int right) { return left + right; }",
-              "int Sum(int left, int right) { return left - right; }")
+ELEVEN = change("kLimit", "constexpr int kLimit = 10;",
+                "constexpr int kLimit = 11;")
+NINE = ELEVEN._replace(new=("constexpr int kLimit = 9;",))
+MINUS = change("Sum", "int Sum(int left, int right) { return left + right; }",
+               "int Sum(int left, int right) { return left - right; }")
 
 
 class OnSample(unittest.TestCase):
@@ -159,16 +159,16 @@ class OnSample(unittest.TestCase):
 class Verdicts(OnSample):
     def test_survivor_is_reported_and_accepted_as_it_is_printed(self):
         written = self.times()
-        result = self.mutate("--file", IS_SMALL)
+        result = self.mutate("--file", LIMIT)
         self.must_end(1, result, "survived: calc/calc.cc:7\n" +
-                      accepted.written(LESS_THAN_NINE))
-        self.assertEqual(self.verdicts()[LESS_OR_EQUAL.new],
+                      accepted.written(NINE))
+        self.assertEqual(self.verdicts()[ELEVEN.new],
                          ["killed", "thorough: calc_test"])
         self.assertEqual(self.times(), written)
         printed = [line for line in result[1].splitlines()
                    if line.startswith("  ")]
         self.write("accepted.txt", "Reason.\n\n" + "\n".join(printed))
-        self.must_end(0, self.mutate("--file", IS_SMALL))
+        self.must_end(0, self.mutate("--file", LIMIT))
 
     def times(self):
         """When the files of the project were written."""
@@ -189,15 +189,15 @@ class Verdicts(OnSample):
         self.assertIn("static assertion failed", by)
 
     def test_accepted_mutant_that_is_killed_is_told_only_if_it_is_run(self):
-        self.accept(LESS)
+        self.accept(MINUS)
         self.must_end(0, self.mutate("--file", SUM))
         self.must_end(1, self.mutate("--file", SUM, "--accepted"),
                       "accepted, but killed plain: calc_test:\n" +
-                      accepted.written(LESS))
+                      accepted.written(MINUS))
 
     def test_accepted_change_that_is_no_mutant(self):
-        self.accept(LESS._replace(ordinal=2))
-        self.must_end(1, self.mutate("--file", SUM),
+        self.accept(MINUS._replace(ordinal=2))
+        self.must_end(1, self.mutate("--limit", "0"),
                       "accepted, but no such mutant:", "Sum  occurrence 2")
 
     def test_two_jobs_agree_with_one(self):
@@ -295,8 +295,7 @@ class Finding(OnSample):
     def test_changes_of_code(self):
         found = self.found("calc/calc.cc")
         changes = {mutant.change for mutant in found}
-        self.assertLessEqual({LESS, LESS_OR_EQUAL, LESS_THAN_NINE},
-                             changes)
+        self.assertLessEqual({MINUS, ELEVEN, NINE}, changes)
         self.assertIn(change("Bits", "++bits;\n}", "++bits;\nbreak; }"),
                       changes)
         self.assertIn(change("Bits", "while (number != 0) {",
