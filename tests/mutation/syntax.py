@@ -6,11 +6,7 @@ import pathlib
 import re
 import shlex
 
-try:
-    from clang import cindex
-except ImportError:
-    raise SystemExit("libclang's Python binding is missing: "
-                     "install python3-clang-14") from None
+from clang import cindex
 
 import literals
 import mutants
