@@ -55,17 +55,24 @@ KORVAN = Project(
             sources=("oid/*.cc", "oid/*.h", "oid/tables/*.inc"),
             programs=("oid_tables_test", "oid_lookup_test", "oid_names_test",
                       "oid_model_test", "oid_allocation_test",
-                      "oid_threads_test", "oid_strange_text_test",
-                      "oid_fork_test"),
+                      "oid_threads_test", "oid_host_strings_test",
+                      "oid_own_records_test", "oid_fork_test"),
             suites=("OidNames", "OidNamesOfOwnRecords", "OidSearches",
-                    "OidAllocation", "OidThreads", "OidStrangeText")),
+                    "OidAllocation", "OidThreads", "OidHostStrings")),
         "ini": Folder(
             sources=("ini/*.cc", "ini/*.h", "ini/*.inc"),
-            programs=("text_test", "ini_document_test", "ini_editing_test",
-                      "ini_editing_model_test", "ini_reader_test",
-                      "ini_reader_model_test", "ini_writer_test",
-                      "ini_file_test", "ini_stream_area_test",
-                      "ini_allocation_test")),
+            programs=(
+                *(f"{width}_{name}"
+                  for width in ("narrow", "wide")
+                  for name in ("ini_document_test", "ini_editing_test",
+                               "ini_editing_model_test", "ini_reader_test",
+                               "ini_reader_model_test", "ini_writer_test",
+                               "ini_file_test", "ini_stream_area_test",
+                               "ini_allocation_test", "trim_test")),
+                "narrow_ini_numbers_test", "narrow_ini_refused_write_test",
+                "wide_ini_wide_reader_test", "wide_ini_broken_order_test",
+                "ini_name_order_test", "ini_encoding_test",
+                "text_conversion_test")),
         "pubkey": Folder(
             sources=("pubkey/*.cc", "pubkey/*.h"),
             programs=("key_conversion_test", "key_conversion_on_host_test",
