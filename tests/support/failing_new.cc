@@ -9,7 +9,8 @@ namespace {
 
 thread_local long calls = 0;
 thread_local std::size_t last_size = 0;
-thread_local long successes_left = -1;  // negative: nothing fails
+thread_local long successes_left = 0;
+thread_local long failures_left = 0;  // after the successes
 thread_local bool failed = false;
 thread_local void (*before_each)() = nullptr;
 std::atomic<long> live{0};
@@ -20,12 +21,12 @@ void* Allocate(std::size_t size) {
   if (before_each != nullptr) {
     before_each();
   }
-  if (successes_left == 0) {
-    failed = true;
-    throw std::bad_alloc();
-  }
   if (successes_left > 0) {
     --successes_left;
+  } else if (failures_left > 0) {
+    --failures_left;
+    failed = true;
+    throw std::bad_alloc();
   }
   void* const block = std::malloc(size != 0 ? size : 1);
   if (block == nullptr) {
@@ -47,11 +48,12 @@ void Free(void* block) {
 
 namespace korvan::test {
 
-FailingNew::FailingNew(long successes) {
+FailingNew::FailingNew(long successes, long failures) {
   failed = false;
   successes_left = successes;
+  failures_left = failures;
 }
-FailingNew::~FailingNew() { successes_left = -1; }
+FailingNew::~FailingNew() { failures_left = 0; }
 bool FailingNew::Failed() const { return failed; }
 
 PausingNew::PausingNew(void (*pause)()) { before_each = pause; }

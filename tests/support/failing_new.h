@@ -4,15 +4,17 @@
 #ifndef KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
 #define KORVAN_TESTS_SUPPORT_FAILING_NEW_H_
 
+#include <climits>
 #include <cstddef>
 
 namespace korvan::test {
 
-// Lets the next `successes` allocations of this thread succeed and the one
-// after them throw std::bad_alloc, while it lives.
+// While it lives, lets the next `successes` allocations of this thread succeed
+// and those after them throw std::bad_alloc, all of them or the next
+// `failures`.
 class FailingNew {
  public:
-  explicit FailingNew(long successes);
+  explicit FailingNew(long successes, long failures = LONG_MAX);
   FailingNew(const FailingNew&) = delete;
   FailingNew& operator=(const FailingNew&) = delete;
   ~FailingNew();
