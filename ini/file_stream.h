@@ -1,28 +1,160 @@
 // The files that documents are loaded from and saved to.
+//
+// A file without conversion is moved in large blocks. With a conversion the
+// size of the blocks would show: if it fails, what is lost depends on where a
+// block began.
 #ifndef KORVAN_INI_FILE_STREAM_H_
 #define KORVAN_INI_FILE_STREAM_H_
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <fstream>
 #include <ios>
+#include <istream>
+#include <locale>
 #include <memory>
+#include <ostream>
+#include <streambuf>
 #include <string>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
 
 #include "ini/twins.h"
 
 namespace korvan::ini {
 
-// A file stream, open unless the file could not be opened.
-//
-// A file without conversion is moved in large blocks. With a conversion the
-// size of the blocks would show: if it fails, what is lost depends on where a
-// block began.
-template <class Stream>
-class FileStream {
- public:
-  using Char = typename Stream::char_type;
+constexpr std::size_t kBlockSize = std::size_t{1} << 16;
 
-  explicit FileStream(const std::basic_string<Char>& name) {
+// A file whose characters are its bytes. It can read ahead of the stream, so
+// that more lines lie in its area at once than a block holds.
+class ByteFile final : public std::streambuf {
+ public:
+  explicit ByteFile(const std::string& name)
+      : block_(std::make_unique_for_overwrite<char[]>(kBlockSize)),
+        descriptor_(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  ByteFile(const ByteFile&) = delete;
+  ByteFile& operator=(const ByteFile&) = delete;
+  ~ByteFile() override {
+    if (is_open()) {
+      ::close(descriptor_);
+    }
+  }
+
+  bool is_open() const { return descriptor_ >= 0; }
+
+  // Adds more of the file to the area: the rest of it, as far as that is known,
+  // or as much again. Returns false, with nothing changed, if there is no more,
+  // or too much of it. Throws std::bad_alloc.
+  bool ReadAhead() {
+    const auto unread = static_cast<std::size_t>(egptr() - gptr());
+    const std::size_t size =
+        std::min(unread + BytesAhead(), std::size_t{64} << 20);
+    if (size <= unread) {
+      return false;
+    }
+    auto block = std::make_unique_for_overwrite<char[]>(size);
+    std::copy(gptr(), egptr(), block.get());
+    std::size_t end = unread;
+    std::size_t count = 1;
+    while (end != size && count != 0) {
+      count = Read(block.get() + end, size - end);
+      end += count;
+    }
+    if (end == unread) {
+      return false;
+    }
+    block_ = std::move(block);
+    size_ = size;
+    setg(block_.get(), block_.get(), block_.get() + end);
+    return true;
+  }
+
+ protected:
+  int_type underflow() override {
+    const std::size_t count = Read(block_.get(), size_);
+    setg(block_.get(), block_.get(), block_.get() + count);
+    return count == 0 ? traits_type::eof()
+                      : traits_type::to_int_type(*block_.get());
+  }
+
+ private:
+  // A regular file tells; of others, as much again may come.
+  std::size_t BytesAhead() const {
+    struct stat status;
+    if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
+      return size_;
+    }
+    const off_t place = ::lseek(descriptor_, 0, SEEK_CUR);
+    return static_cast<std::size_t>(std::max<off_t>(status.st_size - place, 0));
+  }
+
+  // Returns 0 at the end, and where the file can't be read.
+  std::size_t Read(char* place, std::size_t size) const {
+    ssize_t count = 0;
+    do {
+      count = ::read(descriptor_, place, size);
+    } while (count < 0 && errno == EINTR);
+    return count < 0 ? 0 : static_cast<std::size_t>(count);
+  }
+
+  std::unique_ptr<char[]> block_;
+  std::size_t size_ = kBlockSize;
+  int descriptor_;
+};
+
+// Has a buffer read ahead if it can.
+template <class Char>
+bool ReadAhead(std::basic_streambuf<Char>& buffer) {
+  if constexpr (std::is_same_v<Char, char>) {
+    return typeid(buffer) == typeid(ByteFile) &&
+           static_cast<ByteFile&>(buffer).ReadAhead();
+  } else {
+    return false;
+  }
+}
+
+// A file to load from. It is open unless it could not be opened.
+template <class Char>
+class InputFile {
+ public:
+  explicit InputFile(const std::basic_string<Char>& name) {
+    if constexpr (std::is_same_v<Char, char>) {
+      if (IsFileUnconverted<Char>(std::locale())) {
+        auto bytes = std::make_unique<ByteFile>(name);
+        is_open_ = bytes->is_open();
+        buffer_ = std::move(bytes);
+        stream_.rdbuf(buffer_.get());
+        return;
+      }
+    }
+    auto converted = std::make_unique<std::basic_filebuf<Char>>();
+    is_open_ =
+        converted->open(FileName(name),
+                        std::ios_base::in | std::ios_base::binary) != nullptr;
+    buffer_ = std::move(converted);
+    stream_.rdbuf(buffer_.get());
+  }
+
+  bool is_open() const { return is_open_; }
+  std::basic_istream<Char>& stream() { return stream_; }
+
+ private:
+  bool is_open_ = false;
+  std::unique_ptr<std::basic_streambuf<Char>> buffer_;
+  std::basic_istream<Char> stream_{nullptr};
+};
+
+// A file to save to. It is open unless it could not be opened.
+template <class Char>
+class OutputFile {
+ public:
+  explicit OutputFile(const std::basic_string<Char>& name) {
     if (IsFileUnconverted<Char>(stream_.getloc())) {
       block_ = std::make_unique_for_overwrite<Char[]>(kBlockSize);
       stream_.rdbuf()->pubsetbuf(block_.get(), kBlockSize);
@@ -31,21 +163,13 @@ class FileStream {
   }
 
   bool is_open() const { return stream_.is_open(); }
-  Stream& stream() { return stream_; }
+  std::basic_ostream<Char>& stream() { return stream_; }
 
  private:
-  static constexpr std::size_t kBlockSize = std::size_t{1} << 16;
-
   // Outlives the stream, which uses it to its end.
   std::unique_ptr<Char[]> block_;
-  Stream stream_;
+  std::basic_ofstream<Char> stream_;
 };
-
-template <class Char>
-using InputFile = FileStream<std::basic_ifstream<Char>>;
-
-template <class Char>
-using OutputFile = FileStream<std::basic_ofstream<Char>>;
 
 }  // namespace korvan::ini
 

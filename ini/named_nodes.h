@@ -31,13 +31,10 @@ NodeOf<Nodes>* Find(const Nodes& nodes, typename Nodes::key_type&& name) {
 }
 
 // Whether a name belongs between the entry before `place` and the one at
-// `place`. Only such a place may be given to the map as a hint.
-//
-// Wide names may have units of 0x80000000 and more, though UTF-32 has none.
-// wcscasecmp subtracts units, so it makes no order of these: 1 < 0x60000000 <
-// 0xC0000000 < 1. A map that is given a hint between such names loses entries.
-// `emplace` gives itself a hint; `insert` of an entry gives none, and at worst
-// a name then has two entries.
+// `place`. Only such a place may be given to the map as a hint, unless all
+// names are ordered (see IsOrdered): a map that is given a hint between names
+// without an order loses entries. `emplace` gives itself a hint; `insert` of an
+// entry gives none, and at worst a name then has two entries.
 template <class Nodes>
 bool BelongsAt(const Nodes& nodes, typename Nodes::const_iterator place,
                const typename Nodes::key_type& name) {
@@ -51,33 +48,48 @@ bool BelongsAt(const Nodes& nodes, typename Nodes::const_iterator place,
          (place == nodes.end() || comes_before(name, place->first));
 }
 
-// Returns the object of that name, and creates it if there is none.
+// Creates an object with an entry at `place`, or wherever the map puts it if
+// the name does not belong there. Names without an order may let the map find
+// the name after all. Then it keeps what it has.
 template <class Nodes, class Owner>
-NodeOf<Nodes>* FindOrCreate(Nodes& nodes, Owner* owner,
-                            typename Nodes::key_type&& name) {
+NodeOf<Nodes>* Create(Nodes& nodes, typename Nodes::const_iterator place,
+                      bool belongs, Owner* owner,
+                      typename Nodes::key_type&& name) {
   using Entry = typename Nodes::value_type;
-  TrimName(name);
-  // Most files have their names in order, so the end is tried before the map is
-  // searched.
-  auto place = nodes.end();
-  bool belongs = BelongsAt(nodes, place, name);
-  if (!belongs) {
-    place = nodes.lower_bound(name);
-    if (place != nodes.end() && !nodes.key_comp()(name, place->first)) {
-      return place->second;
-    }
-    belongs = BelongsAt(nodes, place, name);
-  }
   auto created = std::make_unique<NodeOf<Nodes>>(owner, name);
   const auto entry =
       belongs ? nodes.emplace_hint(place, std::move(name), created.get())
               : nodes.insert(Entry(std::move(name), created.get())).first;
-  // Names without an order may let the map find the name after all. Then it
-  // keeps what it has, and the new object goes.
   if (entry->second == created.get()) {
     static_cast<void>(created.release());  // the map owns it now
   }
   return entry->second;
+}
+
+// Returns the object of that name, and creates it if there is none.
+template <class Nodes, class Owner>
+NodeOf<Nodes>* FindOrCreate(Nodes& nodes, Owner* owner,
+                            typename Nodes::key_type&& name) {
+  TrimName(name);
+  const auto place = nodes.lower_bound(name);
+  if (place != nodes.end() && !nodes.key_comp()(name, place->first)) {
+    return place->second;
+  }
+  const bool belongs = kAllNamesAreOrdered<typename Nodes::key_type> ||
+                       BelongsAt(nodes, place, name);
+  return Create(nodes, place, belongs, owner, std::move(name));
+}
+
+// The same, quicker where the name comes after all others, as in a text that
+// has its names in order.
+template <class Nodes, class Owner>
+NodeOf<Nodes>* AppendOrFind(Nodes& nodes, Owner* owner,
+                            typename Nodes::key_type&& name) {
+  TrimName(name);
+  if (BelongsAt(nodes, nodes.end(), name)) {
+    return Create(nodes, nodes.end(), true, owner, std::move(name));
+  }
+  return FindOrCreate(nodes, owner, std::move(name));
 }
 
 // Removes the entry of a name and destroys its object. The name must have been

@@ -2,30 +2,44 @@
 //
 // To the stream it does what a loop of std::getline does, to the last flag and
 // character. But a line that lies whole in the stream's buffer is read where it
-// lies, without a copy and without a call for each line.
+// lies, without a copy and without a call for each line. Where keys come in no
+// order, many lines are entered at once: see key_run.h.
 #ifndef KORVAN_INI_READER_H_
 #define KORVAN_INI_READER_H_
 
 #include <cstddef>
 #include <istream>
+#include <new>
+#include <optional>
+#include <streambuf>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 
+#include "ini/file_stream.h"
+#include "ini/key_run.h"
 #include "ini/line.h"
+#include "ini/named_nodes.h"
 #include "ini/stream_area.h"
+#include "ini/trim.h"
+#include "ini/twins.h"
 
 namespace korvan::ini {
 
 template <class File>
 class Reader {
  public:
-  using String = typename File::Sections::key_type;
+  using Sections = typename File::Sections;
+  using Section = NodeOf<Sections>;
+  using Keys = typename Section::Keys;
+  using String = typename Sections::key_type;
   using Char = typename String::value_type;
   using Stream = std::basic_istream<Char>;
 
-  explicit Reader(File& file) : file_(file) {}
+  // Reads into `file`, whose map is `sections`. `keys_of` gives the map of a
+  // section, which only the document may change.
+  Reader(File& file, Sections& sections, Keys& (*keys_of)(Section&))
+      : file_(file), sections_(sections), keys_of_(keys_of) {}
 
   // Reads lines until the stream gives no more.
   void Read(Stream& input) {
@@ -39,7 +53,7 @@ class Reader {
  private:
   using Traits = typename String::traits_type;
   using View = std::basic_string_view<Char>;
-  using Section = std::remove_pointer_t<typename File::Sections::mapped_type>;
+  using Buffer = std::basic_streambuf<Char>;
 
   // Reads the lines that lie whole in the stream's buffer. Returns the
   // beginning of the next line, as much of it as the buffer has. Returns an
@@ -51,6 +65,7 @@ class Reader {
     }
     const Char line_feed = input.widen('\n');
     View rest = BeforeEndOfText(GetArea<Char>::Of(*input.rdbuf()));
+    no_run_before_ = rest.data();
     std::size_t size = rest.find(line_feed);
     while (size != View::npos) {
       const std::size_t opening = rest.find(kLineOpening);
@@ -59,11 +74,14 @@ class Reader {
         rest.remove_prefix(rest.rfind(line_feed, opening) + 1);
       } else {
         const View line = rest.substr(0, size);
+        const View from_line = rest;
         rest.remove_prefix(size + 1);
         // The stream moves on before the line is entered: if that throws, the
         // line has been read.
         GetArea<Char>::TakeUpTo(*input.rdbuf(), rest.data());
-        EnterLine(line);
+        if (!EnterLine(line, line.data() >= no_run_before_)) {
+          rest = EnterRun(*input.rdbuf(), from_line, line_feed);
+        }
       }
       size = rest.find(line_feed);
     }
@@ -83,7 +101,7 @@ class Reader {
     if (!std::getline(input, line_)) {
       return false;
     }
-    EnterLine(line_);
+    EnterLine(line_, false);
     return true;
   }
 
@@ -99,32 +117,84 @@ class Reader {
       return false;
     }
     if (EndsHeader<Char>(value)) {
-      EnterLine(name + Char{'='} + value);
+      EnterLine(name + Char{'='} + value, false);
     } else {
       value.resize(ValueOf<Char>(value).size());
-      EnterKey(std::move(name), std::move(value));
+      TrimName(name);
+      EnterKey(std::move(name), std::move(value), false);
     }
     return true;
   }
 
-  void EnterLine(View text) {
+  // Enters a line. Returns false, with nothing done, if the line may begin a
+  // run and its key does not come after all others of the section.
+  bool EnterLine(View text, bool may_begin_run) {
     const Line<Char> line = ParseLine(text);
     switch (line.kind) {
       case LineKind::kSkipped:
         break;
       case LineKind::kHeader:
-        section_ = file_.AddSection(String(line.name));
+        section_ = AppendOrFind(sections_, &file_, String(line.name));
+        keys_ = &keys_of_(*section_);
         break;
       case LineKind::kKey:
         if (section_ != nullptr) {  // null before the first header
-          EnterKey(String(line.name), String(line.value));
+          String name(line.name);
+          TrimName(name);
+          return EnterKey(std::move(name), String(line.value), may_begin_run);
         }
         break;
     }
+    return true;
   }
 
-  void EnterKey(String name, String value) {
-    section_->AddKey(std::move(name))->SetValue(std::move(value));
+  // As EnterLine, of a name that has been trimmed.
+  bool EnterKey(String&& name, String&& value, bool may_begin_run) {
+    const bool comes_last = BelongsAt(*keys_, keys_->end(), name);
+    if (!comes_last && may_begin_run) {
+      return false;
+    }
+    auto* const key =
+        comes_last
+            ? Create(*keys_, keys_->end(), true, section_, std::move(name))
+            : FindOrCreate(*keys_, section_, std::move(name));
+    key->SetValue(std::move(value));
+    return true;
+  }
+
+  // Enters the key lines that `text`, what is left in the area, begins with:
+  // all at once or, if that can't be done, the first of them. Returns what is
+  // then left in the area.
+  View EnterRun(Buffer& buffer, View text, Char line_feed) {
+    if (!folding_) {
+      folding_.emplace();
+    }
+    KeyRun<Section> run(*section_, *keys_, *folding_);
+    try {
+      run.Gather(text, line_feed);
+      while (text.find(line_feed, run.size()) == View::npos &&
+             ReadAheadFrom(buffer, text)) {
+        text = BeforeEndOfText(GetArea<Char>::Of(buffer));
+        run.Gather(text, line_feed);
+      }
+      if (run.Enter()) {
+        return text.substr(run.size());
+      }
+    } catch (const std::bad_alloc&) {
+      // One by one, as many lines are entered as there is memory for.
+    }
+    no_run_before_ = text.data() + run.size();
+    const std::size_t size = text.find(line_feed);
+    const View rest = text.substr(size + 1);
+    GetArea<Char>::TakeUpTo(buffer, rest.data());
+    EnterLine(text.substr(0, size), false);
+    return rest;
+  }
+
+  // Has the buffer add more to its area, which then begins with `text`.
+  static bool ReadAheadFrom(Buffer& buffer, View text) {
+    GetArea<Char>::TakeUpTo(buffer, text.data());
+    return ReadAhead(buffer);
   }
 
   // `text` up to the first character that equals Traits::eof(). The standard
@@ -139,8 +209,14 @@ class Reader {
   }
 
   File& file_;
-  Section* section_ = nullptr;  // the one that key lines go to
-  String line_;                 // kept for its memory
+  Sections& sections_;
+  Keys& (*keys_of_)(Section&);
+  Section* section_ = nullptr;            // the one that key lines go to
+  Keys* keys_ = nullptr;                  // its keys
+  std::optional<Folding<Char>> folding_;  // made for the first run
+  // In the stream's buffer: lines before it are entered one by one.
+  const Char* no_run_before_ = nullptr;
+  String line_;  // kept for its memory
 };
 
 }  // namespace korvan::ini

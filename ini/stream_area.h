@@ -39,8 +39,9 @@ class GetArea : private std::basic_streambuf<Char> {
     return {next, static_cast<std::size_t>(std::max<std::ptrdiff_t>(size, 0))};
   }
 
-  // Takes the characters before `end`, which must lie in Of(buffer) or be its
-  // end. Not by gbump: it counts in int, and an area may be larger.
+  // Takes the characters before `end`, which must lie in the area or be its
+  // end; characters from `end` on that were taken are given back. Not by gbump:
+  // it counts in int, and an area may be larger.
   static void TakeUpTo(Buffer& buffer, const Char* end) {
     Char* const next = (buffer.*&GetArea::gptr)();
     (buffer.*&GetArea::setg)((buffer.*&GetArea::eback)(), next + (end - next),

@@ -7,12 +7,25 @@
 #include <korvan/text.h>
 #include <strings.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+#include <cstdint>
 #include <cwchar>
+#include <cwctype>
+#include <iterator>
 #include <locale>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace korvan::ini {
+
+template <class View>
+int CompareSizes(View left, View right) {
+  return static_cast<int>(left.size() > right.size()) -
+         static_cast<int>(left.size() < right.size());
+}
 
 // Compares two names without regard to case. The result is that of strcasecmp
 // or wcscasecmp: below, equal to or above 0.
@@ -32,6 +45,69 @@ inline int CompareNames(const std::wstring& left, const std::wstring& right) {
   }
   return wcscasecmp(left_rest, right_rest);
 }
+
+// The same for names without a NUL, which need no NUL at their end either.
+inline int CompareNames(std::string_view left, std::string_view right) {
+  const int difference = strncasecmp(left.data(), right.data(),
+                                     std::min(left.size(), right.size()));
+  return difference != 0 ? difference : CompareSizes(left, right);
+}
+
+inline int CompareNames(std::wstring_view left, std::wstring_view right) {
+  const auto [left_rest, right_rest] = std::ranges::mismatch(left, right);
+  const std::wstring_view left_end(left_rest, left.end());
+  const std::wstring_view right_end(right_rest, right.end());
+  const int difference =
+      wcsncasecmp(left_end.data(), right_end.data(),
+                  std::min(left_end.size(), right_end.size()));
+  return difference != 0 ? difference : CompareSizes(left_end, right_end);
+}
+
+// Whether CompareNames makes an order of any names. Not of wide ones, since
+// these may have characters of 0x80000000 and more, though UTF-32 has none.
+// wcscasecmp subtracts characters, so that 1 < 0x60000000 < 0xC0000000 < 1.
+template <class String>
+inline constexpr bool kAllNamesAreOrdered =
+    std::is_same_v<typename String::value_type, char>;
+
+// Whether a name can be ordered among names of which the same is true.
+template <class View>
+constexpr bool IsOrdered(View name) {
+  return kAllNamesAreOrdered<View> ||
+         std::ranges::none_of(name, [](auto character) {
+           return (static_cast<std::uint32_t>(character) & 0x80000000) != 0;
+         });
+}
+
+// A character without its case, as CompareNames takes it in the locale in which
+// this was made.
+template <class Char>
+class Folding {
+ public:
+  Folding() {
+    for (std::size_t i = 0; i < std::size(table_); ++i) {
+      table_[i] = Folded(static_cast<Char>(i));
+    }
+  }
+
+  std::uint32_t operator()(Char character) const {
+    const auto number = static_cast<std::make_unsigned_t<Char>>(character);
+    return number < std::size(table_) ? table_[number] : Folded(character);
+  }
+
+ private:
+  static std::uint32_t Folded(char character) {
+    return static_cast<unsigned char>(
+        std::tolower(static_cast<unsigned char>(character)));
+  }
+  static std::uint32_t Folded(wchar_t character) {
+    return static_cast<std::uint32_t>(
+        std::towlower(static_cast<std::wint_t>(character)));
+  }
+
+  // All narrow characters, or those of ASCII.
+  std::uint32_t table_[sizeof(Char) == 1 ? 256 : 128];
+};
 
 // The name of a file as the system takes it.
 inline const std::string& FileName(const std::string& name) { return name; }

@@ -85,5 +85,26 @@ TEST(IniEditingWithoutAnOrder, NothingIsLostOrDestroyedTwice) {
   EXPECT_EQ(LiveBlocks(), live);
 }
 
+TEST(IniEditingWithoutAnOrder, KeysLoadedInNoOrderAreNotLostOrDestroyedTwice) {
+  const long live = LiveBlocks();
+  {
+    File file;
+    for (const wchar_t odd : {0x80000000, 0x90000000, 0xFFFFFFFE}) {
+      String text = L"[Main]\n";
+      for (int i = 0; i < 100; ++i) {
+        text += L"[k" + std::to_wstring(1000 + i * 7 % 100);
+        if (i % 30 == 29) {
+          text += odd;
+        }
+        text += L"=v\n";
+      }
+      StringInput input(text);
+      file.Load(input, true);
+    }
+    EXPECT_EQ(file.GetSection(L"Main")->GetKey(L"[k1000")->GetValue(), L"v");
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
 }  // namespace
 }  // namespace korvan::test

@@ -1,0 +1,249 @@
+// Enters many key lines of one section at once, when their names come in no
+// order.
+//
+// One by one, each name costs a search of the section, which misses the
+// processor's caches at nearly every step. A run of lines is sorted first, and
+// then becomes keys in the order of their names. They also lie in memory in
+// that order, which makes a later walk, search or destruction fast.
+//
+// First all is built, then all is committed, and only the building can fail. So
+// a run is entered whole or not at all. If it is not, its lines are entered one
+// by one: the document can't tell the difference.
+#ifndef KORVAN_INI_KEY_RUN_H_
+#define KORVAN_INI_KEY_RUN_H_
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "ini/line.h"
+#include "ini/named_nodes.h"
+#include "ini/trim.h"
+#include "ini/twins.h"
+
+namespace korvan::ini {
+
+template <class Section>
+class KeyRun {
+ public:
+  using Keys = typename Section::Keys;
+  using String = typename Keys::key_type;
+  using Char = typename String::value_type;
+  using View = std::basic_string_view<Char>;
+
+  // The run's keys go to `section`, whose map is `keys`.
+  KeyRun(Section& section, Keys& keys, const Folding<Char>& fold)
+      : section_(section), keys_(keys), fold_(fold) {}
+
+  // Gathers the key lines at the beginning of `text`, up to the first header or
+  // the first name that only a line by itself can enter. The text must stay
+  // valid.
+  void Gather(View text, Char line_feed) {
+    size_ = 0;
+    lines_.clear();
+    for (std::size_t end = text.find(line_feed); end != View::npos;
+         end = text.find(line_feed, size_)) {
+      const Line<Char> line = ParseLine(text.substr(size_, end - size_));
+      if (line.kind == LineKind::kHeader ||
+          (line.kind == LineKind::kKey && !Add(line))) {
+        break;
+      }
+      size_ = end + 1;
+    }
+  }
+
+  // The characters that the gathered lines take of the text.
+  std::size_t size() const { return size_; }
+
+  // Enters all of the lines or, with false, none of them.
+  bool Enter() {
+    // For a few lines the work is not worth it. Nor is it for a run that is
+    // short beside the keys that are there, since all of these are looked at.
+    if (lines_.size() < 16 || keys_.size() / 16 > lines_.size() ||
+        !IsInOrder()) {
+      return false;
+    }
+    Sort();
+    if (!Build()) {
+      return false;
+    }
+    Commit();
+    return true;
+  }
+
+ private:
+  using Key = NodeOf<Keys>;
+
+  // A key line. Its texts lie in the stream's buffer.
+  struct KeyLine {
+    std::uint64_t order;  // of the names, as far as its bits go
+    const Char* name;
+    const Char* value;
+    std::uint32_t name_size;
+    std::uint32_t value_size;
+
+    View Name() const { return {name, name_size}; }
+    View Value() const { return {value, value_size}; }
+  };
+
+  // New keys, which nobody owns yet.
+  struct NewKeys {
+    NewKeys() = default;
+    NewKeys(const NewKeys&) = delete;
+    NewKeys& operator=(const NewKeys&) = delete;
+    ~NewKeys() { RemoveAll(map); }
+
+    Keys map;
+  };
+
+  // A new value for a key that is there.
+  struct NewValue {
+    Key* key;
+    String value;
+  };
+
+  bool Add(const Line<Char>& line) {
+    const View name = WithoutTrailing(IsBlank<Char>,
+                                      WithoutLeading(IsBlank<Char>, line.name));
+    if (!IsOrdered(name) || name.find(Char{}) != View::npos ||
+        line.name.size() > UINT32_MAX || line.value.size() > UINT32_MAX) {
+      return false;
+    }
+    if (lines_.empty()) {
+      shared_ = name;
+    }
+    shared_ = shared_.substr(
+        0, static_cast<std::size_t>(std::ranges::mismatch(shared_, name).in1 -
+                                    shared_.begin()));
+    lines_.push_back({0, name.data(), line.value.data(),
+                      static_cast<std::uint32_t>(name.size()),
+                      static_cast<std::uint32_t>(line.value.size())});
+    return true;
+  }
+
+  // Whether the section's names are in order. They are not if the locale has
+  // changed since they were entered.
+  bool IsInOrder() const {
+    const auto out_of_order = [](const auto& entry, const auto& next) {
+      return !IsOrdered(View(next.first)) ||
+             CompareNames(entry.first, next.first) >= 0;
+    };
+    return keys_.empty() || (IsOrdered(View(keys_.begin()->first)) &&
+                             std::adjacent_find(keys_.begin(), keys_.end(),
+                                                out_of_order) == keys_.end());
+  }
+
+  // The name without the beginning that all share.
+  View Rest(const KeyLine& line) const {
+    return line.Name().substr(shared_.size());
+  }
+
+  // Sorts by name, and lines of one name by their place in the text. The first
+  // characters of the names, as many as 64 bits hold, decide most comparisons.
+  void Sort() {
+    constexpr std::size_t kMost = 9;  // of 7 bits, as ASCII has
+    std::uint64_t used = 1;
+    for (const KeyLine& line : lines_) {
+      for (const Char character : Rest(line).substr(0, kMost)) {
+        used |= fold_(character);
+      }
+    }
+    const auto width = static_cast<int>(std::bit_width(used));
+    const std::size_t count =
+        std::min(kMost, 64 / static_cast<std::size_t>(width));
+    for (KeyLine& line : lines_) {
+      const View rest = Rest(line);
+      for (std::size_t i = 0; i < count; ++i) {
+        line.order <<= width;
+        line.order |= i < rest.size() ? fold_(rest[i]) : 0;
+      }
+    }
+    std::ranges::sort(
+        lines_, [this](const KeyLine& left, const KeyLine& right) {
+          const int difference = Compare(left, right);
+          return difference != 0 ? difference < 0 : left.name < right.name;
+        });
+  }
+
+  int Compare(const KeyLine& left, const KeyLine& right) const {
+    return left.order != right.order ? (left.order < right.order ? -1 : 1)
+                                     : CompareNames(Rest(left), Rest(right));
+  }
+
+  // Makes new keys, and values for those that are there. Returns false if the
+  // map finds that the names are not in order after all.
+  bool Build() {
+    auto place = keys_.begin();
+    for (auto line = lines_.begin(); line != lines_.end(); ++line) {
+      String name(line->Name());
+      // The first line of a name spells it, the last one gives its value.
+      while (std::next(line) != lines_.end() &&
+             Compare(*line, *std::next(line)) == 0) {
+        ++line;
+      }
+      String value(line->Value());
+      place = FirstNotBefore(place, name);
+      if (place != keys_.end() && CompareNames(place->first, name) == 0) {
+        new_values_.push_back({place->second, std::move(value)});
+        continue;
+      }
+      auto key = std::make_unique<Key>(&section_, name);
+      key->SetValue(std::move(value));
+      const auto entry = new_keys_.map.emplace_hint(new_keys_.map.end(),
+                                                    std::move(name), key.get());
+      if (entry->second != key.get()) {
+        return false;
+      }
+      static_cast<void>(key.release());  // the map owns it now
+      if (entry != std::prev(new_keys_.map.end())) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  // The first key from `place` on whose name is not before `name`. Most names
+  // of a large run are few steps apart.
+  typename Keys::iterator FirstNotBefore(typename Keys::iterator place,
+                                         const String& name) {
+    for (int step = 0; step < 8; ++step) {
+      if (place == keys_.end() || CompareNames(place->first, name) >= 0) {
+        return place;
+      }
+      ++place;
+    }
+    return keys_.lower_bound(name);
+  }
+
+  // Nothing here allocates or throws.
+  void Commit() noexcept {
+    for (NewValue& changed : new_values_) {
+      changed.key->SetValue(std::move(changed.value));
+    }
+    // Each entry that moves costs a search.
+    if (keys_.size() < new_keys_.map.size()) {
+      keys_.swap(new_keys_.map);
+    }
+    keys_.merge(new_keys_.map);
+  }
+
+  Section& section_;
+  Keys& keys_;
+  const Folding<Char>& fold_;
+  std::size_t size_ = 0;
+  View shared_;  // the beginning that all names share
+  std::vector<KeyLine> lines_;
+  NewKeys new_keys_;
+  std::vector<NewValue> new_values_;
+};
+
+}  // namespace korvan::ini
+
+#endif  // KORVAN_INI_KEY_RUN_H_

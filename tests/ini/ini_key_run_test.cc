@@ -1,0 +1,244 @@
+// Many keys of a section at once, in no order: a load enters them as it would
+// one by one.
+#include <korvan/ini_file.h>
+#include <rapidcheck.h>
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <iterator>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ini/hostile_buffers.h"
+#include "ini/shown.h"
+#include "ini/width.h"
+#include "support/failing_new.h"
+#include "support/folder.h"
+#include "support/locales.h"
+
+namespace korvan::test {
+namespace {
+
+const char* const kLocales[] = {"C",
+                                "C.UTF-8",
+                                "tr_TR.UTF-8",
+                                "ru_RU.KOI8-R",
+                                "ru_RU.CP1251",
+                                "ja_JP.SHIFT_JIS"};
+
+// Makes random texts. A property of some hundred lines is found by its seed:
+// RapidCheck takes a hundred times as long to make them character by character.
+class RandomTexts {
+ public:
+  explicit RandomTexts(unsigned int seed) : random_(seed) {}
+
+  // A section and some lines, most of them keys, so that runs are long.
+  String Next() {
+    String text = "[Main]\n"_t;
+    const std::size_t lines = Below(120);
+    for (std::size_t i = 0; i < lines; ++i) {
+      text += AnyLine();
+    }
+    return text;
+  }
+
+  std::size_t Below(std::size_t end) {
+    return std::uniform_int_distribution<std::size_t>(0, end - 1)(random_);
+  }
+
+ private:
+  String AnyLine() {
+    switch (Below(100)) {
+      case 0:
+        return "# skipped\n"_t;
+      case 1:
+        return "[a\0b=v\n"_t;
+      case 2:
+        return "[Main]\n"_t;
+      case 3:
+        return "[Other]\n"_t;
+      default:
+        return "["_t + AnyName() + "="_t + AnyName() + "\n"_t;
+    }
+  }
+
+  String AnyName() {
+    // Characters whose order or case depends on the locale, and blanks.
+    static const String characters =
+        sizeof(Char) == 1
+            ? Text("aAbBzZiI019_-[ \t\xC0\xE0\xD0\x96\xFF\x80")
+            : Text("aAbBzZiI019_-[ \t") + static_cast<Char>(0x130) +
+                  static_cast<Char>(0x131) + static_cast<Char>(0x416) +
+                  static_cast<Char>(0x436) + static_cast<Char>(0x1E9E) +
+                  static_cast<Char>(0x7FFFFFFF);
+    static const String beginnings[] = {""_t, "a"_t,
+                                        "a beginning that is not inline "_t};
+    String name = beginnings[Below(std::size(beginnings))];
+    for (std::size_t length = Below(6); length != 0; --length) {
+      name += characters[Below(characters.size())];
+    }
+    return name;
+  }
+
+  std::mt19937 random_;
+};
+
+template <class AnyFile>
+std::string LoadTwice(const LoadCase& first, const LoadCase& second,
+                      AnyFile& file) {
+  return Load(first, file) + Load(second, file);
+}
+
+TEST(IniKeyRun, AnyKeysInAnyOrderAreEnteredAsThePlainWayEntersThem) {
+  for (const char* const name : kLocales) {
+    const CLocale locale(name);
+    const bool holds = rc::check([] {
+      RandomTexts texts(*rc::gen::arbitrary<unsigned int>());
+      LoadCase first;
+      first.text = texts.Next();
+      first.pieces = *rc::gen::elementOf(
+          std::vector<std::vector<std::size_t>>{{}, {}, {1000}, {100, 7}, {0}});
+      LoadCase second = first;
+      second.text = texts.Next();
+      second.merge = *rc::gen::arbitrary<bool>();
+      second.fault = *rc::gen::weightedElement<std::size_t>(
+          {{3, kNever}, {1, texts.Below(second.text.size())}});
+      File file;
+      PlainFile plain;
+      RC_ASSERT(LoadTwice(first, second, file) ==
+                LoadTwice(first, second, plain));
+    });
+    EXPECT_TRUE(holds) << name;
+  }
+}
+
+// Key lines of numbers in no order.
+std::string Lines(int count, const std::string& value) {
+  std::string lines;
+  for (int i = 0; i < count; ++i) {
+    // 7 has no divisor in common with the counts that are used here.
+    lines += "[k" + std::to_string(1000 + i * 7 % count) + "=" + value + "\n";
+  }
+  return lines;
+}
+
+TEST(IniKeyRun, KeysThatAreThereKeepTheirObjectsAndNames) {
+  File file;
+  Section* const section = file.AddSection("Main"_t);
+  std::vector<Key*> keys;
+  for (int i = 0; i < 50; ++i) {
+    keys.push_back(section->AddKey(Text("[K" + std::to_string(1000 + i))));
+  }
+  StringInput input(Text("[Main]\n" + Lines(100, "v")));
+  file.Load(input, true);
+  EXPECT_EQ(section->GetKeys().size(), 100u);
+  for (int i = 0; i < 50; ++i) {
+    Key* const key = keys[static_cast<std::size_t>(i)];
+    const std::string name = "[K" + std::to_string(1000 + i);
+    EXPECT_EQ(section->GetKey(Text(name)), key);
+    EXPECT_EQ(Shown(key->GetKeyName()), name);
+    EXPECT_EQ(Shown(key->GetValue()), "v");
+  }
+}
+
+TEST(IniKeyRun, NewKeysBelongToTheirSection) {
+  File file;
+  StringInput input(Text("[Main]\n" + Lines(100, "v")));
+  file.Load(input);
+  Section* const section = file.GetSection("Main"_t);
+  // A key is renamed in the map of the section that it belongs to.
+  EXPECT_TRUE(section->GetKey("[k1001"_t)->SetKeyName("renamed"_t));
+  EXPECT_NE(section->GetKey("renamed"_t), nullptr);
+  EXPECT_EQ(section->GetKeys().size(), 100u);
+}
+
+TEST(IniKeyRun, ALargeRunIsEnteredWithFewAllocationsBesideItsKeys) {
+  const auto calls_to_load = [](const std::string& lines) {
+    StringInput input(Text("[Main]\n" + lines));
+    File file;
+    const long calls = NewCalls();
+    file.Load(input);
+    EXPECT_EQ(file.GetSections().begin()->second->GetKeys().size(), 1000u);
+    return NewCalls() - calls;
+  };
+  std::string in_order;
+  for (int i = 0; i < 1000; ++i) {
+    in_order += "[k" + std::to_string(1000 + i) + "=v\n";
+  }
+  EXPECT_LE(calls_to_load(Lines(1000, "v")), calls_to_load(in_order) + 20);
+}
+
+// Longer than the blocks in which files are read.
+std::string ALongText() { return "[Main]\n" + Lines(5001, "a value") + "[l"; }
+
+std::string ContentOfPlain(const std::string& text) {
+  StringInput input(Text(text));
+  PlainFile plain;
+  plain.Load(input, false);
+  return ContentOf(plain);
+}
+
+TEST(IniKeyRun, ARunThatIsLongerThanABlockOfItsFileIsEnteredWhole) {
+  const Folder folder;
+  WriteBytes(folder / "a.ini", ALongText());
+  File file;
+  EXPECT_TRUE(file.Load(Text(folder / "a.ini")));
+  // Not EXPECT_EQ, which would print some hundred thousand characters.
+  EXPECT_TRUE(ContentOf(file) == ContentOfPlain(ALongText()));
+}
+
+TEST(IniKeyRun, ARunFromAPipeIsEnteredWhole) {
+  const Folder folder;
+  const std::string path = folder / "pipe";
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  std::thread writer([&] { WriteBytes(path, ALongText()); });
+  File file;
+  EXPECT_TRUE(file.Load(Text(path)));
+  writer.join();
+  // Not EXPECT_EQ, which would print some hundred thousand characters.
+  EXPECT_TRUE(ContentOf(file) == ContentOfPlain(ALongText()));
+}
+
+TEST(IniKeyRun, AFailedAllocationInALongRunOfAFileLosesAndLeaksNothing) {
+  const Folder folder;
+  WriteBytes(folder / "a.ini", ALongText());
+  const String path = Text(folder / "a.ini");
+  bool failed = true;
+  for (long successes = 0; failed; successes += successes < 40 ? 1 : 997) {
+    const long live = LiveBlocks();
+    {
+      File file;
+      bool loaded = false;
+      {
+        const FailingNew failing(successes, 1);
+        Thrown([&] { loaded = file.Load(path); });
+        failed = failing.Failed();
+      }
+      if (loaded && !file.GetSections().empty()) {
+        EXPECT_EQ(file.GetSections().begin()->second->GetKeys().size(), 5001u);
+      }
+    }
+    EXPECT_EQ(LiveBlocks(), live) << "after " << successes;
+  }
+}
+
+TEST(IniKeyRun, ADocumentWhoseLocaleChangedLosesNothingAndLeaksNothing) {
+  const long live = LiveBlocks();
+  {
+    File file;
+    {
+      const CLocale locale("tr_TR.UTF-8");
+      StringInput input(Text("[Main]\n[i=1\n[I=2\n[j=3\n" + Lines(40, "v")));
+      file.Load(input);
+    }
+    StringInput input(Text("[Main]\n" + Lines(100, "w") + "[I=4\n"));
+    file.Load(input, true);
+    EXPECT_GE(file.GetSection("Main"_t)->GetKeys().size(), 100u);
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
+}  // namespace
+}  // namespace korvan::test
