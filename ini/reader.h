@@ -170,6 +170,7 @@ class Reader {
       folding_.emplace();
     }
     KeyRun<Section> run(*section_, *keys_, *folding_);
+    bool is_entered = false;
     try {
       run.Gather(text, line_feed);
       while (text.find(line_feed, run.size()) == View::npos &&
@@ -177,13 +178,14 @@ class Reader {
         text = BeforeEndOfText(GetArea<Char>::Of(buffer));
         run.Gather(text, line_feed);
       }
-      if (run.Enter()) {
-        return text.substr(run.size());
-      }
+      is_entered = run.Enter();
     } catch (const std::bad_alloc&) {
       // One by one, as many lines are entered as there is memory for.
     }
     no_run_before_ = text.data() + run.size();
+    if (is_entered) {
+      return text.substr(run.size());
+    }
     const std::size_t size = text.find(line_feed);
     const View rest = text.substr(size + 1);
     GetArea<Char>::TakeUpTo(buffer, rest.data());

@@ -89,12 +89,12 @@ TEST(IniEditingWithoutAnOrder, KeysLoadedInNoOrderAreNotLostOrDestroyedTwice) {
   const long live = LiveBlocks();
   {
     File file;
-    for (const wchar_t odd : {0x80000000, 0x90000000, 0xFFFFFFFE}) {
+    for (const unsigned int odd : {0x80000000, 0x90000000, 0xFFFFFFFE}) {
       String text = L"[Main]\n";
       for (int i = 0; i < 100; ++i) {
         text += L"[k" + std::to_wstring(1000 + i * 7 % 100);
         if (i % 30 == 29) {
-          text += odd;
+          text += static_cast<wchar_t>(odd);
         }
         text += L"=v\n";
       }
