@@ -7,6 +7,7 @@
 #define KORVAN_INI_FILE_STREAM_H_
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -42,29 +43,34 @@ class ByteFile final : public std::streambuf {
   ByteFile& operator=(const ByteFile&) = delete;
   ~ByteFile() override {
     if (is_open()) {
+      // A thread may be cancelled in close, but not in a destructor.
+      int former = 0;
+      pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former);
       ::close(descriptor_);
+      pthread_setcancelstate(former, nullptr);
     }
   }
 
   bool is_open() const { return descriptor_ >= 0; }
 
-  // Adds more of the file to the area: the rest of it, as far as that is known,
-  // or as much again. Returns false, with nothing changed, if there is no more,
-  // or too much of it. Throws std::bad_alloc.
+  // Adds more of the file to the area: the rest of a regular file; of others,
+  // at most as much as a block holds. Returns false, with nothing changed, if
+  // no more can be read or the area would grow beyond 64 MiB. Throws
+  // std::bad_alloc.
   bool ReadAhead() {
     const auto unread = static_cast<std::size_t>(egptr() - gptr());
     const std::size_t size =
         std::min(unread + BytesAhead(), std::size_t{64} << 20);
-    if (size <= unread) {
+    if (size <= unread || at_end_) {
       return false;
     }
     auto block = std::make_unique_for_overwrite<char[]>(size);
     std::copy(gptr(), egptr(), block.get());
     std::size_t end = unread;
-    std::size_t count = 1;
-    while (end != size && count != 0) {
+    ssize_t count = 1;
+    while (end != size && count > 0) {
       count = Read(block.get() + end, size - end);
-      end += count;
+      end += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
     if (end == unread) {
       return false;
@@ -76,15 +82,19 @@ class ByteFile final : public std::streambuf {
   }
 
  protected:
+  // Throws what a std::filebuf throws, and after the same reads: the stream
+  // then drops a line that an error has cut.
   int_type underflow() override {
-    const std::size_t count = Read(block_.get(), size_);
+    const ssize_t count = at_end_ ? 0 : Read(block_.get(), size_);
+    if (count < 0) {
+      throw std::ios_base::failure("error reading the file");
+    }
     setg(block_.get(), block_.get(), block_.get() + count);
     return count == 0 ? traits_type::eof()
                       : traits_type::to_int_type(*block_.get());
   }
 
  private:
-  // A regular file tells; of others, as much again may come.
   std::size_t BytesAhead() const {
     struct stat status;
     if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
@@ -94,17 +104,20 @@ class ByteFile final : public std::streambuf {
     return static_cast<std::size_t>(std::max<off_t>(status.st_size - place, 0));
   }
 
-  // Returns 0 at the end, and where the file can't be read.
-  std::size_t Read(char* place, std::size_t size) const {
+  // Returns 0 at the end and a negative number after an error.
+  ssize_t Read(char* place, std::size_t size) {
     ssize_t count = 0;
     do {
       count = ::read(descriptor_, place, size);
     } while (count < 0 && errno == EINTR);
-    return count < 0 ? 0 : static_cast<std::size_t>(count);
+    at_end_ = count == 0;
+    return count;
   }
 
   std::unique_ptr<char[]> block_;
   std::size_t size_ = kBlockSize;
+  bool at_end_ =
+      false;  // a file may go on behind its end, but not in this load
   int descriptor_;
 };
 

@@ -1,14 +1,8 @@
 // Enters many key lines of one section at once, when their names come in no
-// order.
-//
-// One by one, each name costs a search of the section, which misses the
-// processor's caches at nearly every step. A run of lines is sorted first, and
-// then becomes keys in the order of their names. They also lie in memory in
-// that order, which makes a later walk, search or destruction fast.
-//
-// First all is built, then all is committed, and only the building can fail. So
-// a run is entered whole or not at all. If it is not, its lines are entered one
-// by one: the document can't tell the difference.
+// order. One by one, each would cost a search that misses the processor's
+// caches. Sorted first, they become keys that lie in memory in that order, too.
+// Only the building can fail, so that a run is entered whole or not at all. If
+// it is not, its lines are entered one by one, with the same result.
 #ifndef KORVAN_INI_KEY_RUN_H_
 #define KORVAN_INI_KEY_RUN_H_
 
@@ -42,16 +36,16 @@ class KeyRun {
   KeyRun(Section& section, Keys& keys, const Folding<Char>& fold)
       : section_(section), keys_(keys), fold_(fold) {}
 
-  // Gathers the key lines at the beginning of `text`, up to the first header or
-  // the first name that only a line by itself can enter. The text must stay
-  // valid.
+  // Gathers the key lines at the beginning of `text`: up to the first header,
+  // to the first name that only a line by itself can enter, or to kMostLines.
+  // The text must stay valid.
   void Gather(View text, Char line_feed) {
     size_ = 0;
     lines_.clear();
     for (std::size_t end = text.find(line_feed); end != View::npos;
          end = text.find(line_feed, size_)) {
       const Line<Char> line = ParseLine(text.substr(size_, end - size_));
-      if (line.kind == LineKind::kHeader ||
+      if (line.kind == LineKind::kHeader || lines_.size() == kMostLines ||
           (line.kind == LineKind::kKey && !Add(line))) {
         break;
       }
@@ -64,10 +58,8 @@ class KeyRun {
 
   // Enters all of the lines or, with false, none of them.
   bool Enter() {
-    // For a few lines the work is not worth it. Nor is it for a run that is
-    // short beside the keys that are there, since all of these are looked at.
-    if (lines_.size() < 16 || keys_.size() / 16 > lines_.size() ||
-        !IsInOrder()) {
+    // For a few lines the work is not worth it.
+    if (lines_.size() < 16 || !IsInOrder()) {
       return false;
     }
     Sort();
@@ -80,6 +72,9 @@ class KeyRun {
 
  private:
   using Key = NodeOf<Keys>;
+
+  // Limits the memory that a run takes: 32 bytes for each line.
+  static constexpr std::size_t kMostLines = std::size_t{1} << 20;
 
   // A key line. Its texts lie in the stream's buffer.
   struct KeyLine {
@@ -129,15 +124,20 @@ class KeyRun {
   }
 
   // Whether the section's names are in order. They are not if the locale has
-  // changed since they were entered.
+  // changed since they were entered. To look at all of them must not take much
+  // longer than to read the run, so this gives up where they are many or long.
   bool IsInOrder() const {
-    const auto out_of_order = [](const auto& entry, const auto& next) {
-      return !IsOrdered(View(next.first)) ||
-             CompareNames(entry.first, next.first) >= 0;
-    };
-    return keys_.empty() || (IsOrdered(View(keys_.begin()->first)) &&
-                             std::adjacent_find(keys_.begin(), keys_.end(),
-                                                out_of_order) == keys_.end());
+    std::size_t characters_left = 16 * size_;
+    const String* previous = nullptr;
+    for (const auto& [name, key] : keys_) {
+      if (name.size() >= characters_left || !IsOrdered(View(name)) ||
+          (previous != nullptr && CompareNames(*previous, name) >= 0)) {
+        return false;
+      }
+      characters_left -= name.size() + 1;
+      previous = &name;
+    }
+    return true;
   }
 
   // The name without the beginning that all share.
@@ -178,11 +178,15 @@ class KeyRun {
   }
 
   // Makes new keys, and values for those that are there. Returns false if the
-  // map finds that the names are not in order after all.
+  // names are not in the order of the map after all.
   bool Build() {
     auto place = keys_.begin();
+    const String* previous = nullptr;
     for (auto line = lines_.begin(); line != lines_.end(); ++line) {
       String name(line->Name());
+      if (previous != nullptr && CompareNames(*previous, name) >= 0) {
+        return false;
+      }
       // The first line of a name spells it, the last one gives its value.
       while (std::next(line) != lines_.end() &&
              Compare(*line, *std::next(line)) == 0) {
@@ -192,6 +196,7 @@ class KeyRun {
       place = FirstNotBefore(place, name);
       if (place != keys_.end() && CompareNames(place->first, name) == 0) {
         new_values_.push_back({place->second, std::move(value)});
+        previous = &place->first;
         continue;
       }
       auto key = std::make_unique<Key>(&section_, name);
@@ -202,9 +207,7 @@ class KeyRun {
         return false;
       }
       static_cast<void>(key.release());  // the map owns it now
-      if (entry != std::prev(new_keys_.map.end())) {
-        return false;
-      }
+      previous = &entry->first;
     }
     return true;
   }

@@ -169,23 +169,26 @@ class Reader {
     if (!folding_) {
       folding_.emplace();
     }
-    KeyRun<Section> run(*section_, *keys_, *folding_);
+    std::optional<KeyRun<Section>> run(std::in_place, *section_, *keys_,
+                                       *folding_);
     bool is_entered = false;
     try {
-      run.Gather(text, line_feed);
-      while (text.find(line_feed, run.size()) == View::npos &&
+      run->Gather(text, line_feed);
+      while (text.find(line_feed, run->size()) == View::npos &&
              ReadAheadFrom(buffer, text)) {
         text = BeforeEndOfText(GetArea<Char>::Of(buffer));
-        run.Gather(text, line_feed);
+        run->Gather(text, line_feed);
       }
-      is_entered = run.Enter();
+      is_entered = run->Enter();
     } catch (const std::bad_alloc&) {
       // One by one, as many lines are entered as there is memory for.
     }
-    no_run_before_ = text.data() + run.size();
+    const View after_run = text.substr(run->size());
+    no_run_before_ = after_run.data();
     if (is_entered) {
-      return text.substr(run.size());
+      return after_run;
     }
+    run.reset();  // its memory is needed now
     const std::size_t size = text.find(line_feed);
     const View rest = text.substr(size + 1);
     GetArea<Char>::TakeUpTo(buffer, rest.data());

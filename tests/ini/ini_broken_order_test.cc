@@ -1,6 +1,6 @@
 // What stays true where wide names are out of order, since the locale has
-// changed or the C library has no order for them: nothing is lost or destroyed
-// twice.
+// changed or the C library has no order for them: no object is destroyed twice
+// or leaks.
 #include <korvan/ini_file.h>
 
 #include "ini/shown.h"

@@ -92,20 +92,25 @@ constexpr LineCase kLines[] = {
     {std::string_view("\0[k=v", 6), "s{}"},
 };
 
+// Not by Text: bytes of 0x80 and more stay what they are.
+String WithTheNumbersOf(std::string_view bytes) {
+  String text;
+  for (const char byte : bytes) {
+    text += static_cast<Char>(
+        sizeof(Char) == 1 ? byte : static_cast<unsigned char>(byte));
+  }
+  return text;
+}
+
 TEST_F(IniReader, EachLineIsReadByItsKind) {
   for (const LineCase& line : kLines) {
     // With and without a line feed; whole in the buffer and cut by it.
     for (const std::string_view end : {"", "\n", "\r\n", "\n\n"}) {
-      const std::string text =
-          "[s]\n" + std::string(line.line) + std::string(end);
+      LoadCase load;
+      load.text =
+          WithTheNumbersOf("[s]\n" + std::string(line.line) + std::string(end));
       for (const std::size_t size : {kNever / 2, std::size_t{1}, std::size_t{0},
-                                     std::size_t{7}, text.size() - 1}) {
-        LoadCase load;
-        // Not by Text: bytes of 0x80 and more are to stay what they are.
-        for (const char byte : text) {
-          load.text += static_cast<Char>(
-              sizeof(Char) == 1 ? byte : static_cast<unsigned char>(byte));
-        }
+                                     std::size_t{7}, load.text.size() - 1}) {
         load.pieces = {size};
         File loaded;
         const std::string seen = Load(load, loaded);
