@@ -1,10 +1,12 @@
-// The records of the registry. Who is new to this folder reads it in the order
-//   tables/       the rows, a page for each group;
-//   rows.h        the rows as constants, and the groups;
-//   registry.h    the records, which are what callers get;
-//   names.h       how names are loaded;
-//   hash_codes.h  perfect_hash.h  row_chains.h  index.h  from a key to its
-//   rows; keys.h        what callers search by; lookup.cc     the searches.
+// The records of the registry. To learn this folder, read it in this order:
+//   tables/       the rows, a page for each group
+//   rows.h        the rows as constants, and the groups
+//   registry.h    the records, which are what callers get
+//   names.h       how names are loaded
+//   index.h       from a key to its rows, with hash_codes.h, perfect_hash.h and
+//                 row_chains.h
+//   keys.h        what callers search by
+//   lookup.cc     the searches
 #ifndef KORVAN_OID_REGISTRY_H_
 #define KORVAN_OID_REGISTRY_H_
 

@@ -223,7 +223,7 @@ class Session:
                     self._show_progress(name, count - len(left), count)
                 worker.prepare(folder)
             except run.Stopped:
-                fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+                pass                        # by another worker, which tells why
             except BaseException:
                 self._stop.set()
                 raise

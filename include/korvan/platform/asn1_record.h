@@ -42,9 +42,7 @@ class KORVAN_API IdentObj {
   ///
   /// @param other  the buffer to copy.
   /// @return this buffer.
-  /// @throws std::bad_alloc when allocation fails; the buffer then keeps what
-  /// it
-  ///         held.
+  /// @throws std::bad_alloc when allocation fails, and keeps what it had.
   IdentObj& operator=(const IdentObj& other);
 
   /// Releases the bytes.
@@ -113,9 +111,8 @@ class KORVAN_API CASNTBaseRecord {
   /// @param encoded  the bytes; they are copied and may go afterwards. They
   ///                 may be this record's own content.
   /// @return true when a whole record was read.
-  /// @throws std::bad_alloc when allocation fails; the record then keeps what
-  /// it
-  ///         held. MALFORMED BYTES NEVER THROW.
+  /// @throws std::bad_alloc when allocation fails, and keeps what it had.
+  ///         MALFORMED BYTES NEVER THROW.
   ///
   /// No byte past `encoded.length` is read. These leave the record blank, so
   /// that `GetTag` gives 0 and `GetRecord` reports `kAsn1NoRecord`:
@@ -172,9 +169,7 @@ class KORVAN_API CASNTBaseRecord {
   /// @param bytes  the content, which is copied; may be null when `count` is
   ///               0, and may be this record's own content.
   /// @param count  its length in bytes.
-  /// @throws std::bad_alloc when allocation fails; the record then keeps what
-  /// it
-  ///         held.
+  /// @throws std::bad_alloc when allocation fails, and keeps what it had.
   void SetEntry(const void* bytes, unsigned int count);
 
   /// Returns the record's encoding in DER: identifier, length in its shortest
