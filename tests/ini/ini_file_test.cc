@@ -1,6 +1,7 @@
 // Loading from files and saving to files: names, faults, and in what encoding.
 #include <fcntl.h>
 #include <korvan/ini_file.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,10 +9,12 @@
 #include <cerrno>
 #include <fstream>
 #include <locale>
+#include <thread>
 #include <vector>
 
 #include "ini/shown.h"
 #include "ini/width.h"
+#include "support/failing_new.h"
 #include "support/folder.h"
 #include "support/locales.h"
 
@@ -191,6 +194,31 @@ TEST_F(IniFile, FilesAreClosed) {
   const int after = dup(0);
   close(after);
   EXPECT_EQ(after, before);
+}
+
+thread_local int calls_to_cancel = 0;
+
+void CancelAtTheLastCall() {
+  if (--calls_to_cancel == 0) {
+    pthread_cancel(pthread_self());
+  }
+}
+
+// A cancelled thread ends at its next system call of many kinds, and ends the
+// process where that is in a destructor.
+TEST_F(IniFile, AThreadThatIsCancelledWhileItLoadsAFileEndsAlone) {
+  const std::string path = folder / "a.ini";
+  WriteBytes(path, "[Main]\n[k=a value that is too long to be inline");
+  for (int calls = 1; calls < 15; ++calls) {
+    std::thread thread([&] {
+      File loaded;
+      const String name = Text(path);
+      calls_to_cancel = calls;
+      const PausingNew cancelling(CancelAtTheLastCall);
+      loaded.Load(name);
+    });
+    thread.join();
+  }
 }
 
 }  // namespace

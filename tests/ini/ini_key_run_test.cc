@@ -174,6 +174,29 @@ TEST(IniKeyRun, ManyKeysInNoOrderAreEnteredAtOnceWithFewAllocationsMore) {
   EXPECT_LE(calls_in_no_order, calls_in_order + 20);
 }
 
+// With a tie, a load reads one line after another.
+std::size_t KeysLoadedWith(long bytes, bool one_by_one) {
+  StringInput input(Text("[Main]\n" + Lines(1000, "v")));
+  StringOutput tied;
+  if (one_by_one) {
+    input.tie(&tied);
+  }
+  File file;
+  {
+    const LimitedNew limited(bytes);
+    Thrown([&] { file.Load(input); });
+  }
+  const auto& sections = file.GetSections();
+  return sections.empty() ? 0 : sections.begin()->second->GetKeys().size();
+}
+
+TEST(IniKeyRun, LittleMemoryHoldsAsManyKeysAsOneByOne) {
+  for (const long bytes : {0L, 20000L, 60000L, 100000L, 150000L, 1000000L}) {
+    EXPECT_EQ(KeysLoadedWith(bytes, false), KeysLoadedWith(bytes, true))
+        << bytes << " bytes";
+  }
+}
+
 // Longer than the blocks in which files are read.
 std::string ALongText() { return "[Main]\n" + Lines(5001, "a value") + "[l"; }
 

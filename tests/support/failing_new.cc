@@ -1,6 +1,8 @@
 // Replaces `operator new` and `operator delete`, to count and to fail.
 #include "support/failing_new.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -12,6 +14,8 @@ thread_local std::size_t last_size = 0;
 thread_local long successes_left = 0;
 thread_local long failures_left = 0;  // after the successes
 thread_local bool failed = false;
+thread_local bool limited = false;
+thread_local long bytes_left = 0;  // of a LimitedNew
 thread_local void (*before_each)() = nullptr;
 std::atomic<long> live{0};
 
@@ -32,6 +36,14 @@ void* Allocate(std::size_t size) {
   if (block == nullptr) {
     throw std::bad_alloc();
   }
+  if (limited) {
+    const auto taken = static_cast<long>(malloc_usable_size(block));
+    if (taken > bytes_left) {
+      std::free(block);
+      throw std::bad_alloc();
+    }
+    bytes_left -= taken;
+  }
   ++live;
   return block;
 }
@@ -41,6 +53,9 @@ void Free(void* block) {
     return;
   }
   --live;
+  if (limited) {
+    bytes_left += static_cast<long>(malloc_usable_size(block));
+  }
   std::free(block);
 }
 
@@ -55,6 +70,12 @@ FailingNew::FailingNew(long successes, long failures) {
 }
 FailingNew::~FailingNew() { failures_left = 0; }
 bool FailingNew::Failed() const { return failed; }
+
+LimitedNew::LimitedNew(long bytes) {
+  limited = true;
+  bytes_left = bytes;
+}
+LimitedNew::~LimitedNew() { limited = false; }
 
 PausingNew::PausingNew(void (*pause)()) { before_each = pause; }
 PausingNew::~PausingNew() { before_each = nullptr; }

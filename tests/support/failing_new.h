@@ -23,6 +23,16 @@ class FailingNew {
   bool Failed() const;
 };
 
+// While it lives, lets allocations of this thread throw std::bad_alloc where
+// they would take it beyond so many bytes. What it frees can be used again.
+class LimitedNew {
+ public:
+  explicit LimitedNew(long bytes);
+  LimitedNew(const LimitedNew&) = delete;
+  LimitedNew& operator=(const LimitedNew&) = delete;
+  ~LimitedNew();
+};
+
 // Calls `pause` before each allocation of this thread while it lives, so that
 // a test can hold the thread there.
 class PausingNew {
