@@ -91,7 +91,7 @@ class ByteFile final : public std::streambuf {
     }
     setg(block_.get(), block_.get(), block_.get() + count);
     return count == 0 ? traits_type::eof()
-                      : traits_type::to_int_type(*block_.get());
+                      : traits_type::to_int_type(block_[0]);
   }
 
  private:

@@ -91,11 +91,17 @@ class Folding {
   }
 
   std::uint32_t operator()(Char character) const {
-    const auto number = static_cast<std::make_unsigned_t<Char>>(character);
+    const std::uint32_t number = NumberOf(character);
     return number < std::size(table_) ? table_[number] : Folded(character);
   }
 
  private:
+  static std::uint32_t NumberOf(char character) {
+    return static_cast<unsigned char>(character);
+  }
+  static std::uint32_t NumberOf(wchar_t character) {
+    return static_cast<std::uint32_t>(character);
+  }
   static std::uint32_t Folded(char character) {
     return static_cast<unsigned char>(
         std::tolower(static_cast<unsigned char>(character)));
