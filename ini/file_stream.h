@@ -82,8 +82,8 @@ class ByteFile final : public std::streambuf {
   }
 
  protected:
-  // Throws what a std::filebuf throws, and after the same reads: the stream
-  // then drops a line that an error has cut.
+  // Throws on an error, as a std::filebuf does: the stream then drops the line
+  // that the error has cut.
   int_type underflow() override {
     const ssize_t count = at_end_ ? 0 : Read(block_.get(), size_);
     if (count < 0) {
@@ -116,8 +116,9 @@ class ByteFile final : public std::streambuf {
 
   std::unique_ptr<char[]> block_;
   std::size_t size_ = kBlockSize;
-  bool at_end_ =
-      false;  // a file may go on behind its end, but not in this load
+  // A terminal or a growing file may go on behind its end. That is for the next
+  // load.
+  bool at_end_ = false;
   int descriptor_;
 };
 

@@ -32,7 +32,8 @@ class KeyRun {
   using Char = typename String::value_type;
   using View = std::basic_string_view<Char>;
 
-  // The run's keys go to `section`, whose map is `keys`.
+  // The run's keys go to `section`, whose map is `keys`. `fold` is one of the
+  // current locale.
   KeyRun(Section& section, Keys& keys, const Folding<Char>& fold)
       : section_(section), keys_(keys), fold_(fold) {}
 
@@ -201,13 +202,11 @@ class KeyRun {
       }
       auto key = std::make_unique<Key>(&section_, name);
       key->SetValue(std::move(value));
-      const auto entry = new_keys_.map.emplace_hint(new_keys_.map.end(),
-                                                    std::move(name), key.get());
-      if (entry->second != key.get()) {
-        return false;
-      }
+      previous =
+          &new_keys_.map
+               .emplace_hint(new_keys_.map.end(), std::move(name), key.get())
+               ->first;
       static_cast<void>(key.release());  // the map owns it now
-      previous = &entry->first;
     }
     return true;
   }

@@ -13,6 +13,7 @@
 #include "ini/hostile_buffers.h"
 #include "ini/shown.h"
 #include "ini/width.h"
+#include "support/fail_each_allocation.h"
 #include "support/failing_new.h"
 #include "support/folder.h"
 
@@ -31,30 +32,16 @@ void Fill(File& file) {
   file.SetKeyValue("Other"_t, "k"_t, "v"_t);
 }
 
-// Runs `attempt` with each of its allocations failing in turn, then with none,
-// and returns how many there are. `attempt` is given how many succeed, and
-// tells whether one failed. Nothing may leak.
-int FailEachAllocation(const std::function<bool(int successes)>& attempt) {
-  for (int successes = 0;; ++successes) {
-    const long live = LiveBlocks();
-    const bool failed = attempt(successes);
-    EXPECT_EQ(LiveBlocks(), live) << "after " << successes;
-    if (!failed) {
-      return successes;
-    }
-  }
-}
-
 // Runs `operation` with each of its allocations failing in turn, and returns
 // how many there are. A failure must leave the document as it was.
-int CountFailures(const std::function<void(File&)>& operation) {
+long CountFailures(const std::function<void(File&)>& operation) {
   std::string before;
   {
     File file;
     Fill(file);
     before = ContentOf(file);
   }
-  return FailEachAllocation([&](int successes) {
+  return FailEachAllocation([&](long successes) {
     File file;
     Fill(file);
     std::string thrown;
@@ -164,7 +151,7 @@ void ExpectEachFailureKeepsTheLinesBefore(const std::vector<std::string>& lines,
   }
   const std::string all = content_of_text();
   const auto load = [&](std::size_t size, std::ios_base::iostate exceptions,
-                        int successes) {
+                        long successes) {
     PiecewiseInput buffer(Text(text), {size});
     InputStream input(&buffer);
     input.exceptions(exceptions);
@@ -201,7 +188,7 @@ void ExpectEachFailureKeepsTheLinesBefore(const std::vector<std::string>& lines,
        {std::ios_base::goodbit, std::ios_base::badbit}) {
     for (const std::size_t size : {10000u, 1u, 0u, 20u, 33u, 700u}) {
       FailEachAllocation(
-          [&](int successes) { return load(size, exceptions, successes); });
+          [&](long successes) { return load(size, exceptions, successes); });
     }
   }
 }
@@ -337,7 +324,7 @@ TEST(IniAllocation, AFailedAllocationWhileAFileIsSavedLosesNothing) {
   ASSERT_TRUE(file.Save(path));
   const std::string bytes = BytesOf(folder / "a.ini");
   const std::string before = ContentOf(file);
-  FailEachAllocation([&](int successes) {
+  FailEachAllocation([&](long successes) {
     const FailingNew failing(successes);
     Thrown([&] { file.Save(path); });
     return failing.Failed();
@@ -350,7 +337,7 @@ TEST(IniAllocation, AFailedAllocationWhileAFileIsLoadedLeaksNothing) {
   const Folder folder;
   const String path = Text(folder / "a.ini");
   WriteBytes(folder / "a.ini", "[a]\n[k=v\n[b]\n[l=w\n");
-  FailEachAllocation([&](int successes) {
+  FailEachAllocation([&](long successes) {
     File loaded;
     bool failed = false;
     {

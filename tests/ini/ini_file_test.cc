@@ -1,22 +1,16 @@
-// Loading from files and saving to files: names, faults, and in what encoding.
-#include <fcntl.h>
+// Loading from files and saving to files: names and faults.
 #include <korvan/ini_file.h>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <fstream>
-#include <locale>
 #include <thread>
-#include <vector>
 
 #include "ini/shown.h"
 #include "ini/width.h"
 #include "support/failing_new.h"
 #include "support/folder.h"
-#include "support/locales.h"
 
 namespace korvan::test {
 namespace {

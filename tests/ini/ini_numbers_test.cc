@@ -8,6 +8,7 @@
 
 #include "ini/shown.h"
 #include "ini/width.h"
+#include "support/fail_each_allocation.h"
 #include "support/failing_new.h"
 
 namespace korvan::test {
@@ -80,10 +81,9 @@ TEST(IniNumbers, AMissingNumberIsTheLargestAndCreatesNothing) {
 }
 
 TEST(IniNumbers, AFailedAllocationSetsNoNumber) {
-  const long live = LiveBlocks();
-  bool failed = true;
-  for (int successes = 0; failed; ++successes) {
+  FailEachAllocation([](long successes) {
     File file;
+    bool failed = false;
     {
       const FailingNew failing(successes);
       try {
@@ -95,8 +95,8 @@ TEST(IniNumbers, AFailedAllocationSetsNoNumber) {
       failed = failing.Failed();
     }
     EXPECT_EQ(file.GetSections().size(), failed ? 0u : 1u);
-  }
-  EXPECT_EQ(LiveBlocks(), live);
+    return failed;
+  });
 }
 
 }  // namespace

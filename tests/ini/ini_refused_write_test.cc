@@ -22,15 +22,11 @@ TEST_F(OddAreas, AFileThatRefusedACharacterGetsWhatInsertionsGiveIt) {
 TEST_F(OddAreas, AFileThatTakesAPartAgainGetsWhatInsertionsGiveIt) {
   const std::string path = folder / "a.ini";
   const auto saved = [&](auto& document, std::size_t capacity) {
-    GuardedBlock block(kBlock);
-    FileBuffer buffer;
-    buffer.pubsetbuf(block.start(), block.size());
-    EXPECT_NE(buffer.open(path, std::ios_base::out | std::ios_base::binary),
-              nullptr);
-    std::ostream output(&buffer);
+    GuardedFile guarded(path, kBlock);
+    OutputStream output(&guarded.buffer());
     {
       const FullDisk full;
-      Overfill(buffer, kBlock);
+      Overfill(guarded.buffer(), kBlock);
     }
     const FullDisk full(capacity);
     document.Save(output);

@@ -69,16 +69,12 @@ TEST_F(OddAreas, AStringBufferIsWrittenToTheEndOfItsBlockAndNotBeyond) {
 TEST_F(OddAreas, AFileBufferIsWrittenToTheEndOfItsBlockAndNotBeyond) {
   const std::string path = folder / "a.ini";
   const auto saved = [&](auto& document, std::size_t size, std::size_t before) {
-    GuardedBlock block(size);
-    FileBuffer buffer;
-    buffer.pubsetbuf(block.start(), block.size());
-    EXPECT_NE(buffer.open(path, std::ios_base::out | std::ios_base::binary),
-              nullptr);
-    OutputStream output(&buffer);
+    GuardedFile guarded(path, size);
+    OutputStream output(&guarded.buffer());
     output << String(before, Char{'x'});
     document.Save(output);
     const std::string unflushed = BytesOf(path);
-    buffer.close();
+    guarded.buffer().close();
     return unflushed + '|' + BytesOf(path) + Shown(output.rdstate());
   };
   for (std::size_t size = 1; size < 60; ++size) {

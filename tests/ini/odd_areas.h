@@ -38,6 +38,23 @@ class GuardedBlock {
   Char* start_;
 };
 
+// A file to write to, whose buffer is such a block.
+class GuardedFile {
+ public:
+  GuardedFile(const std::string& path, std::size_t size) : block_(size) {
+    buffer_.pubsetbuf(block_.start(), block_.size());
+    EXPECT_NE(buffer_.open(path, std::ios_base::out | std::ios_base::binary),
+              nullptr)
+        << path;
+  }
+
+  FileBuffer& buffer() { return buffer_; }
+
+ private:
+  GuardedBlock block_;  // outlives the buffer
+  FileBuffer buffer_;
+};
+
 // While it lives, no file grows beyond `capacity` bytes.
 class FullDisk {
  public:
@@ -96,15 +113,11 @@ struct OddAreas : testing::Test {
   std::string SavedAfterARefusal(AnyFile& saved, const Refusal& refusal) {
     const std::string path =
         refusal.takes_again ? folder / "a.ini" : "/dev/full";
-    GuardedBlock block(kBlock);
-    FileBuffer buffer;
-    buffer.pubsetbuf(block.start(), block.size());
-    EXPECT_NE(buffer.open(path, std::ios_base::out | std::ios_base::binary),
-              nullptr);
-    OutputStream output(&buffer);
+    GuardedFile guarded(path, kBlock);
+    OutputStream output(&guarded.buffer());
     {
       const FullDisk full;
-      Overfill(buffer, kBlock);
+      Overfill(guarded.buffer(), kBlock);
     }
     if (refusal.cleared) {
       output.setstate(std::ios_base::badbit);
@@ -115,7 +128,7 @@ struct OddAreas : testing::Test {
     std::string seen = Shown(output.rdstate());
     output.flush();
     seen += " flushed:" + Shown(output.rdstate());
-    buffer.close();
+    guarded.buffer().close();
     return seen + " " + (refusal.takes_again ? BytesOf(path) : "");
   }
 

@@ -71,6 +71,7 @@ KORVAN = Project(
                                "ini_allocation_test", "ini_key_run_test",
                                "trim_test")),
                 "narrow_ini_numbers_test", "narrow_ini_refused_write_test",
+                "narrow_ini_read_error_test",
                 "wide_ini_wide_reader_test", "wide_ini_broken_order_test",
                 "ini_twins_test", "ini_name_order_test",
                 "ini_encoding_test",

@@ -1,0 +1,105 @@
+// Reads of a narrow file that fail, or that end and go on: this program has a
+// `read` of its own, which takes the place of the C library's.
+#include <korvan/ini_file.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "ini/shown.h"
+#include "ini/width.h"
+
+namespace korvan::test {
+namespace {
+
+constexpr char kFails[] = "fails";
+constexpr char kIsInterrupted[] = "is interrupted";
+constexpr char kEnds[] = "";
+
+// What the next reads give: a text, the end, or an error. When there is nothing
+// here, reads are the system's.
+std::vector<std::string> next_reads;
+
+ssize_t GiveNextRead(void* place, std::size_t size) {
+  const std::string text = next_reads.front();
+  next_reads.erase(next_reads.begin());
+  if (text == kFails || text == kIsInterrupted) {
+    errno = text == kFails ? EIO : EINTR;
+    return -1;
+  }
+  std::memcpy(place, text.data(), std::min(size, text.size()));
+  return static_cast<ssize_t>(std::min(size, text.size()));
+}
+
+}  // namespace
+}  // namespace korvan::test
+
+ssize_t read(int descriptor, void* place, std::size_t size) {
+  return korvan::test::next_reads.empty()
+             ? syscall(SYS_read, descriptor, place, size)
+             : korvan::test::GiveNextRead(place, size);
+}
+
+namespace korvan::test {
+namespace {
+
+// Not a regular file, so nothing but the reads tells how much there is of it.
+const char* const kFile = "/dev/null";
+
+std::string Loaded(const std::vector<std::string>& reads) {
+  next_reads = reads;
+  File file;
+  EXPECT_TRUE(file.Load(kFile));
+  next_reads.clear();
+  return ContentOf(file);
+}
+
+std::string PlainLoaded(const std::vector<std::string>& reads) {
+  next_reads = reads;
+  std::ifstream input(kFile, std::ios::binary);
+  PlainFile plain;
+  plain.Load(input, false);
+  next_reads.clear();
+  return ContentOf(plain);
+}
+
+// Enough keys in no order to be entered at once, and to be read ahead for.
+std::string ARun() {
+  std::string lines = "[Main]\n";
+  for (int i = 0; i < 40; ++i) {
+    lines += "[k" + std::to_string(10 + i * 7 % 40) + "=v\n";
+  }
+  return lines;
+}
+
+TEST(IniReadError, ALineThatAnErrorCutsIsDropped) {
+  const std::vector<std::string> reads = {"[Main]\n[k=v\n[path=/usr/lo",
+                                          kFails};
+  EXPECT_EQ(Loaded(reads), "Main{[k=v}");
+  EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
+}
+
+TEST(IniReadError, ALineBehindARunThatAnErrorCutsIsDropped) {
+  const std::vector<std::string> reads = {ARun() + "[path=/usr/lo", kFails,
+                                          kFails};
+  EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
+}
+
+TEST(IniReadError, WhatComesBehindTheEndIsForTheNextLoad) {
+  const std::vector<std::string> reads = {ARun(), kEnds, "[late=v\n", kEnds};
+  EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
+}
+
+TEST(IniReadError, AReadThatASignalInterruptsIsRepeated) {
+  EXPECT_EQ(Loaded({"[Main]\n", kIsInterrupted, "[k=v\n", kEnds}),
+            "Main{[k=v}");
+}
+
+}  // namespace
+}  // namespace korvan::test
