@@ -101,6 +101,24 @@ Text<File> LongValueText(std::size_t size) {
   return text;
 }
 
+// Long names in order, then many short runs of keys in none. Each run must not
+// cost a look at all the names that are there.
+template <class File>
+Text<File> ShortRunsText() {
+  Text<File> text;
+  text.AddHeader("Section");
+  for (std::size_t key = 0; key < 100; ++key) {
+    text.AddKey("Section", Numbered("z" + std::string(500, 'z'), key), "v");
+  }
+  for (std::size_t run = 0; run < 50; ++run) {
+    text.AddHeader("Section");
+    for (std::size_t key = 0; key < 17; ++key) {
+      text.AddKey("Section", Numbered("k", key * 7 % 17), "v");
+    }
+  }
+  return text;
+}
+
 // The files stand in the current folder, so that their names have the same
 // length wherever that is.
 constexpr const char* kInputFile = "input.ini";
@@ -219,6 +237,7 @@ void MeasureFile(const std::string& width) {
   const auto sorted = KeysText<File>(1000, 50, Order::kSorted);
   const auto shuffled = KeysText<File>(1000, 50, Order::kShuffled);
   const auto one_section = KeysText<File>(5000, 1, Order::kShuffled);
+  const auto short_runs = ShortRunsText<File>();
   const auto skipped = SkippedText<File>(1000);
   const auto long_value = LongValueText<File>(100000);
   constexpr auto kEmpty = Document::kEmpty;
@@ -238,6 +257,7 @@ void MeasureFile(const std::string& width) {
       {"load_stream/1000_sorted",          sorted,      kEmpty,  Do::LoadStream,         1000},
       {"load_stream/1000_shuffled",        shuffled,    kEmpty,  Do::LoadStream,         1000},
       {"load_stream/5000_in_one_section",  one_section, kEmpty,  Do::LoadStream,         5000},
+      {"load_stream/short_runs",           short_runs,  kEmpty,  Do::LoadStream,         117},
       {"load_stream/skipped_lines",        skipped,     kEmpty,  Do::LoadStream,         0},
       {"load_file/16_sorted",              few,         kEmpty,  Do::LoadFile,           16},
       {"load_file/1000_sorted",            sorted,      kEmpty,  Do::LoadFile,           1000},
