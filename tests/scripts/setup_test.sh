@@ -51,9 +51,13 @@ done
 cat > "$work/bin/dpkg-query" <<'END'
 #!/bin/sh
 for package; do :; done
-state=$(sed -n "s/^$package //p" "$FAKE/status")
-[ -n "$state" ] || state=$(sed -n "s/^OTHERS //p" "$FAKE/status")
-[ "$state" != unknown ] || exit 1
+while read -r name name_state; do
+  case $name in
+    "$package") state=$name_state ;;
+    OTHERS) other_state=$name_state ;;
+  esac
+done < "$FAKE/status"
+[ "${state:=${other_state:-}}" != unknown ] || exit 1
 printf '%s' "$state"
 END
 cat > "$work/bin/apt-get" <<'END'
