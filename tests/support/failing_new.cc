@@ -1,13 +1,17 @@
 // Replaces `operator new` and `operator delete`, to count and to fail.
 #include "support/failing_new.h"
 
-#include <malloc.h>
-
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace {
+
+// A block begins with its size. How much malloc gives for a size is not always
+// the same.
+constexpr std::size_t kHead = alignof(std::max_align_t);
 
 thread_local long calls = 0;
 thread_local std::size_t last_size = 0;
@@ -32,30 +36,28 @@ void* Allocate(std::size_t size) {
     failed = true;
     throw std::bad_alloc();
   }
-  void* const block = std::malloc(size != 0 ? size : 1);
+  if (limited && static_cast<long>(size) > bytes_left) {
+    throw std::bad_alloc();
+  }
+  auto* const block = static_cast<char*>(std::malloc(kHead + size));
   if (block == nullptr) {
     throw std::bad_alloc();
   }
-  if (limited) {
-    const auto taken = static_cast<long>(malloc_usable_size(block));
-    if (taken > bytes_left) {
-      std::free(block);
-      throw std::bad_alloc();
-    }
-    bytes_left -= taken;
-  }
+  std::memcpy(block, &size, sizeof size);
+  bytes_left -= static_cast<long>(size);
   ++live;
-  return block;
+  return block + kHead;
 }
 
-void Free(void* block) {
-  if (block == nullptr) {
+void Free(void* place) {
+  if (place == nullptr) {
     return;
   }
+  char* const block = static_cast<char*>(place) - kHead;
+  std::size_t size = 0;
+  std::memcpy(&size, block, sizeof size);
+  bytes_left += static_cast<long>(size);
   --live;
-  if (limited) {
-    bytes_left += static_cast<long>(malloc_usable_size(block));
-  }
   std::free(block);
 }
 
@@ -76,6 +78,7 @@ LimitedNew::LimitedNew(long bytes) {
   bytes_left = bytes;
 }
 LimitedNew::~LimitedNew() { limited = false; }
+long LimitedNew::Left() const { return bytes_left; }
 
 PausingNew::PausingNew(void (*pause)()) { before_each = pause; }
 PausingNew::~PausingNew() { before_each = nullptr; }

@@ -31,6 +31,9 @@ class LimitedNew {
   LimitedNew(const LimitedNew&) = delete;
   LimitedNew& operator=(const LimitedNew&) = delete;
   ~LimitedNew();
+
+  // How many of the bytes are left.
+  long Left() const;
 };
 
 // Calls `pause` before each allocation of this thread while it lives, so that
