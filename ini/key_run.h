@@ -115,9 +115,9 @@ class KeyRun {
     if (lines_.empty()) {
       shared_ = name;
     }
-    shared_ = shared_.substr(
-        0, static_cast<std::size_t>(std::ranges::mismatch(shared_, name).in1 -
-                                    shared_.begin()));
+    if (!name.starts_with(shared_)) {
+      shared_ = View(shared_.begin(), std::ranges::mismatch(shared_, name).in1);
+    }
     lines_.push_back({0, name.data(), line.value.data(),
                       static_cast<std::uint32_t>(name.size()),
                       static_cast<std::uint32_t>(line.value.size())});
@@ -182,33 +182,49 @@ class KeyRun {
   // names are not in the order of the map after all.
   bool Build() {
     auto place = keys_.begin();
-    const String* previous = nullptr;
+    const String* changed = nullptr;
     for (auto line = lines_.begin(); line != lines_.end(); ++line) {
-      String name(line->Name());
-      if (previous != nullptr && CompareNames(*previous, name) >= 0) {
-        return false;
+      // The text of a large run is in no cache. It comes in while the lines
+      // before are entered.
+      if (constexpr auto kAhead = 8; lines_.end() - line > kAhead) {
+        __builtin_prefetch(line[kAhead].name);
       }
+      String name(line->Name());
       // The first line of a name spells it, the last one gives its value.
       while (std::next(line) != lines_.end() &&
              Compare(*line, *std::next(line)) == 0) {
         ++line;
       }
-      String value(line->Value());
-      place = FirstNotBefore(place, name);
-      if (place != keys_.end() && CompareNames(place->first, name) == 0) {
-        new_values_.push_back({place->second, std::move(value)});
-        previous = &place->first;
-        continue;
+      // At the end all keys that are there come before this name.
+      if (place != keys_.end()) {
+        if (changed != nullptr && CompareNames(*changed, name) >= 0) {
+          return false;
+        }
+        place = FirstNotBefore(place, name);
+        if (place != keys_.end() && CompareNames(place->first, name) == 0) {
+          new_values_.push_back({place->second, String(line->Value())});
+          changed = &place->first;
+          continue;
+        }
       }
       auto key = std::make_unique<Key>(&section_, name);
-      key->SetValue(std::move(value));
-      previous =
-          &new_keys_.map
-               .emplace_hint(new_keys_.map.end(), std::move(name), key.get())
-               ->first;
-      static_cast<void>(key.release());  // the map owns it now
+      key->SetValue(String(line->Value()));
+      if (!Append(std::move(name), std::move(key))) {
+        return false;
+      }
     }
     return true;
+  }
+
+  // Enters a new key after all others. Returns false if it does not belong
+  // there.
+  bool Append(String&& name, std::unique_ptr<Key> key) {
+    Keys& keys = new_keys_.map;
+    Key* const last = key.get();
+    if (keys.emplace_hint(keys.end(), std::move(name), last)->second == last) {
+      static_cast<void>(key.release());  // the map owns it now
+    }
+    return keys.rbegin()->second == last;
   }
 
   // The first key from `place` on whose name is not before `name`. Most names
