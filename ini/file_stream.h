@@ -53,24 +53,31 @@ class ByteFile final : public std::streambuf {
 
   bool is_open() const { return descriptor_ >= 0; }
 
-  // Adds more of the file to the area: the rest of a regular file; of others,
-  // at most as much as a block holds. Returns false, with nothing changed, if
-  // no more can be read or the area would grow beyond 64 MiB. Throws
+  // How many bytes a read would find: of a regular file, the rest of it. Nobody
+  // knows of others; then it is as many as the block holds.
+  std::size_t BytesAhead() const {
+    struct stat status;
+    if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
+      return size_;
+    }
+    const off_t place = ::lseek(descriptor_, 0, SEEK_CUR);
+    return static_cast<std::size_t>(std::max<off_t>(status.st_size - place, 0));
+  }
+
+  // Adds the bytes ahead to the area, until it holds `most` bytes. Returns
+  // false, with nothing changed, if there is nothing to add. Throws
   // std::bad_alloc.
-  bool ReadAhead() {
+  bool ReadAhead(std::size_t most) {
     const auto unread = static_cast<std::size_t>(egptr() - gptr());
-    const std::size_t size =
-        std::min(unread + BytesAhead(), std::size_t{64} << 20);
-    if (size <= unread || at_end_) {
+    const std::size_t size = std::min(unread + BytesAhead(), most);
+    if (size <= unread) {
       return false;
     }
     auto block = std::make_unique_for_overwrite<char[]>(size);
     std::copy(gptr(), egptr(), block.get());
     std::size_t end = unread;
-    ssize_t count = 1;
-    while (end != size && count > 0) {
-      count = Read(block.get() + end, size - end);
-      end += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    while (end != size && Read(block.get() + end, size - end)) {
+      end += static_cast<std::size_t>(last_read_);
     }
     if (end == unread) {
       return false;
@@ -85,51 +92,42 @@ class ByteFile final : public std::streambuf {
   // Throws on an error, as a std::filebuf does: the stream then drops the line
   // that the error has cut.
   int_type underflow() override {
-    const ssize_t count = at_end_ ? 0 : Read(block_.get(), size_);
-    if (count < 0) {
+    const bool has_read = Read(block_.get(), size_);
+    if (last_read_ < 0) {
       throw std::ios_base::failure("error reading the file");
     }
-    setg(block_.get(), block_.get(), block_.get() + count);
-    return count == 0 ? traits_type::eof()
-                      : traits_type::to_int_type(block_[0]);
+    setg(block_.get(), block_.get(), block_.get() + last_read_);
+    return has_read ? traits_type::to_int_type(block_[0]) : traits_type::eof();
   }
 
  private:
-  std::size_t BytesAhead() const {
-    struct stat status;
-    if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
-      return size_;
+  // Returns false at the end of the file, after an error, and after either. A
+  // terminal or a growing file may go on behind its end: that is for the next
+  // load.
+  bool Read(char* place, std::size_t size) {
+    if (last_read_ > 0) {
+      do {
+        last_read_ = ::read(descriptor_, place, size);
+      } while (last_read_ < 0 && errno == EINTR);
     }
-    const off_t place = ::lseek(descriptor_, 0, SEEK_CUR);
-    return static_cast<std::size_t>(std::max<off_t>(status.st_size - place, 0));
-  }
-
-  // Returns 0 at the end and a negative number after an error.
-  ssize_t Read(char* place, std::size_t size) {
-    ssize_t count = 0;
-    do {
-      count = ::read(descriptor_, place, size);
-    } while (count < 0 && errno == EINTR);
-    at_end_ = count == 0;
-    return count;
+    return last_read_ > 0;
   }
 
   std::unique_ptr<char[]> block_;
   std::size_t size_ = kBlockSize;
-  // A terminal or a growing file may go on behind its end. That is for the next
-  // load.
-  bool at_end_ = false;
+  ssize_t last_read_ = 1;  // 0 at the end, negative after an error
   int descriptor_;
 };
 
-// Has a buffer read ahead if it can.
+// Returns null if the buffer is not one of a file whose characters are its
+// bytes.
 template <class Char>
-bool ReadAhead(std::basic_streambuf<Char>& buffer) {
+ByteFile* AsByteFile(std::basic_streambuf<Char>& buffer) {
   if constexpr (std::is_same_v<Char, char>) {
-    return typeid(buffer) == typeid(ByteFile) &&
-           static_cast<ByteFile&>(buffer).ReadAhead();
+    return typeid(buffer) == typeid(ByteFile) ? static_cast<ByteFile*>(&buffer)
+                                              : nullptr;
   } else {
-    return false;
+    return nullptr;
   }
 }
 

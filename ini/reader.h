@@ -7,6 +7,7 @@
 #ifndef KORVAN_INI_READER_H_
 #define KORVAN_INI_READER_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <istream>
 #include <new>
@@ -46,7 +47,8 @@ class Reader {
     bool has_more = true;
     while (has_more) {
       const View piece = ReadWholeLines(input);
-      has_more = ReadCutLine(input, piece);
+      has_more = (input.good() && ReadAhead(*input.rdbuf(), kMostForLine)) ||
+                 ReadCutLine(input, piece);
     }
   }
 
@@ -54,6 +56,14 @@ class Reader {
   using Traits = typename String::traits_type;
   using View = std::basic_string_view<Char>;
   using Buffer = std::basic_streambuf<Char>;
+
+  // How much of a file is read ahead, in bytes: so that a line need not be put
+  // together from pieces, or a run of keys need not end early.
+  static constexpr std::size_t kMostForLine = std::size_t{1} << 18;
+  static constexpr std::size_t kMostForRun = std::size_t{1} << 26;
+  // A longer line gets the memory for its value at once, but not more than this
+  // if the file goes on.
+  static constexpr std::size_t kMostForValue = std::size_t{1} << 27;
 
   // Reads the lines that lie whole in the stream's buffer. Returns the
   // beginning of the next line, as much of it as the buffer has. Returns an
@@ -113,6 +123,7 @@ class Reader {
     String name;
     String value;
     std::getline(input, name, Char{'='});
+    ReserveForValue(*input.rdbuf(), value);
     if (!std::getline(input, value)) {
       return false;
     }
@@ -120,6 +131,9 @@ class Reader {
       EnterLine(name + Char{'='} + value, false);
     } else {
       value.resize(ValueOf<Char>(value).size());
+      if (value.capacity() / 2 > value.size()) {
+        value.shrink_to_fit();
+      }
       TrimName(name);
       EnterKey(std::move(name), std::move(value), false);
     }
@@ -174,8 +188,10 @@ class Reader {
     bool is_entered = false;
     try {
       run->Gather(text, line_feed);
+      // The area's text ends within the run.
+      GetArea<Char>::TakeUpTo(buffer, text.data());
       while (text.find(line_feed, run->size()) == View::npos &&
-             ReadAheadFrom(buffer, text)) {
+             ReadAhead(buffer, kMostForRun)) {
         text = BeforeEndOfText(GetArea<Char>::Of(buffer));
         run->Gather(text, line_feed);
       }
@@ -196,10 +212,29 @@ class Reader {
     return rest;
   }
 
-  // Has the buffer add more to its area, which then begins with `text`.
-  static bool ReadAheadFrom(Buffer& buffer, View text) {
-    GetArea<Char>::TakeUpTo(buffer, text.data());
-    return ReadAhead(buffer);
+  // Has the buffer add more to its area, up to `most` characters. Returns false
+  // if it can't: what is not read ahead is read later.
+  static bool ReadAhead(Buffer& buffer, std::size_t most) {
+    ByteFile* const file = AsByteFile(buffer);
+    try {
+      return file != nullptr && file->ReadAhead(most);
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+  }
+
+  // A long value would move again and again as its string grows.
+  static void ReserveForValue(Buffer& buffer, String& value) {
+    const View area = GetArea<Char>::Of(buffer);
+    ByteFile* const file = AsByteFile(buffer);
+    if (file != nullptr && area.size() >= kMostForLine / 2) {
+      try {
+        value.reserve(
+            std::min(area.size() + file->BytesAhead(), kMostForValue));
+      } catch (const std::bad_alloc&) {
+        // A shorter value may still fit.
+      }
+    }
   }
 
   // `text` up to the first character that equals Traits::eof(). The standard

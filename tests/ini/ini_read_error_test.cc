@@ -86,8 +86,7 @@ TEST(IniReadError, ALineThatAnErrorCutsIsDropped) {
 }
 
 TEST(IniReadError, ALineBehindARunThatAnErrorCutsIsDropped) {
-  const std::vector<std::string> reads = {ARun() + "[path=/usr/lo", kFails,
-                                          kFails};
+  const std::vector<std::string> reads = {ARun() + "[path=/usr/lo", kFails};
   EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
 }
 

@@ -1,0 +1,158 @@
+// Lines of a narrow file that are longer than what is read of it at once.
+#include <korvan/ini_file.h>
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "ini/shown.h"
+#include "ini/width.h"
+#include "support/fail_each_allocation.h"
+#include "support/failing_new.h"
+#include "support/folder.h"
+
+namespace korvan::test {
+namespace {
+
+constexpr std::size_t kKiB = 1024;
+constexpr std::size_t kMiB = 1024 * kKiB;
+
+struct IniLongLine : testing::Test {
+  // Whether a document holds what the plain one does after it read `text`.
+  bool IsReadAsThePlainWay(const std::string& text) {
+    WriteBytes(path, text);
+    File file;
+    EXPECT_TRUE(file.Load(path));
+    std::ifstream input(path, std::ios::binary);
+    PlainFile plain;
+    plain.Load(input, false);
+    std::ostringstream saved;
+    file.Save(saved);
+    std::ostringstream plain_saved;
+    plain.Save(plain_saved);
+    return saved.str() == plain_saved.str();
+  }
+
+  Folder folder;
+  const std::string path = folder / "a.ini";
+};
+
+// How a line ends, and with it the file.
+struct Ending {
+  const char* name;
+  const char* text;
+};
+
+struct IniLongLineEnding : IniLongLine, testing::WithParamInterface<Ending> {};
+
+TEST_P(IniLongLineEnding, IsReadAsThePlainWayWhereverBlocksEnd) {
+  for (const std::size_t block : {64 * kKiB, 128 * kKiB, 256 * kKiB}) {
+    for (std::size_t size = block - 20; size < block + 3; ++size) {
+      for (const char* const before : {"[Main]\n", "[Main]\n[k=v\n# note\n"}) {
+        EXPECT_TRUE(IsReadAsThePlainWay(
+            before + ("[key=" + std::string(size, 'v')) + GetParam().text))
+            << size;
+      }
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , IniLongLineEnding,
+    testing::Values(Ending{"EndOfFile", ""}, Ending{"LineFeed", "\n"},
+                    Ending{"CarriageReturn", "\r\n"},
+                    Ending{"BracketOfAHeader", "]\n[k=v\n"},
+                    Ending{"AnotherKey", "\n[last=v"}),
+    [](const auto& ending) { return std::string(ending.param.name); });
+
+TEST_F(IniLongLine, ANameOfAnyLengthIsReadAsThePlainWay) {
+  for (const std::size_t size : {64 * kKiB, 256 * kKiB, kMiB}) {
+    const std::string name(size, 'n');
+    EXPECT_TRUE(IsReadAsThePlainWay("[Main]\n[" + name + "=v\n[k=v\n")) << size;
+    EXPECT_TRUE(IsReadAsThePlainWay("[" + name + "]\n[k=v\n")) << size;
+    EXPECT_TRUE(IsReadAsThePlainWay("# " + name + "\n[Main]\n[k=v\n")) << size;
+  }
+}
+
+TEST_F(IniLongLine, OneFromAPipeIsReadWhole) {
+  const std::string pipe = folder / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const std::string value(3 * kMiB, 'v');
+  std::thread writer([&] { WriteBytes(pipe, "[Main]\n[k=" + value + "\n"); });
+  File file;
+  EXPECT_TRUE(file.Load(pipe));
+  writer.join();
+  EXPECT_TRUE(file.GetKeyValue("Main", "[k") == value);
+}
+
+TEST_F(IniLongLine, ItsLoadTakesLittleMoreMemoryThanItsValue) {
+  constexpr std::size_t kSize = 16 * kMiB;
+  WriteBytes(path, "[Main]\n[k=" + std::string(kSize, 'v') + "\n");
+  File file;
+  {
+    const LimitedNew limited(kSize + kSize / 10);
+    EXPECT_TRUE(file.Load(path));
+  }
+  EXPECT_EQ(file.GetKeyValue("Main", "[k").size(), kSize);
+}
+
+TEST_F(IniLongLine, ItsKeyKeepsNoMemoryForTheRestOfTheFile) {
+  WriteBytes(path, "[Main]\n[k=" + std::string(300 * kKiB, 'v') + "\n# " +
+                       std::string(16 * kMiB, 'c') + "\n");
+  File file;
+  constexpr long kAll = 64 * kMiB;
+  const LimitedNew limited(kAll);
+  EXPECT_TRUE(file.Load(path));
+  EXPECT_LT(kAll - limited.Left(), static_cast<long>(310 * kKiB));
+}
+
+// The name, the value and the objects are needed; all else only helps.
+TEST_F(IniLongLine, NoFailedAllocationKeepsALineBeforeItFromTheDocument) {
+  WriteBytes(path, "[Main]\n[k=v\n[key=" + std::string(600 * kKiB, 'v'));
+  const long sites = FailEachAllocation([&](long successes) {
+    File file;
+    bool failed = false;
+    try {
+      const FailingNew failing(successes, 1);
+      file.Load(path);
+      failed = failing.Failed();
+    } catch (const std::bad_alloc&) {
+      failed = true;
+    }
+    if (!file.GetKeyValue("Main", "[key").empty()) {
+      EXPECT_EQ(file.GetKeyValue("Main", "[k"), "v") << successes;
+      EXPECT_EQ(file.GetKeyValue("Main", "[key").size(), 600 * kKiB)
+          << successes;
+    }
+    return failed;
+  });
+  EXPECT_GE(sites, 10);
+}
+
+TEST_F(IniLongLine, ItIsReadWhereThereIsNoMemoryToReadAhead) {
+  WriteBytes(path, "[Main]\n[k=v\n[key=" + std::string(65 * kKiB, 'v') +
+                       "\n# " + std::string(kMiB, 'c') + "\n");
+  File file;
+  {
+    const LimitedNew limited(static_cast<long>(300 * kKiB));
+    EXPECT_TRUE(file.Load(path));
+  }
+  EXPECT_EQ(file.GetKeyValue("Main", "[key").size(), 65 * kKiB);
+}
+
+TEST_F(IniLongLine, ItIsReadWhereThereIsNoMemoryForTheRestOfTheFile) {
+  WriteBytes(path, "[Main]\n[k=" + std::string(300 * kKiB, 'v') + "\n# " +
+                       std::string(16 * kMiB, 'c') + "\n");
+  File file;
+  {
+    const LimitedNew limited(2 * kMiB);
+    EXPECT_TRUE(file.Load(path));
+  }
+  EXPECT_EQ(file.GetKeyValue("Main", "[k").size(), 300 * kKiB);
+}
+
+}  // namespace
+}  // namespace korvan::test
