@@ -1,0 +1,59 @@
+// What the command-line programs have in common: how options are parsed, what
+// a message looks like, which status a program ends with.
+#ifndef KORVAN_TOOLS_PROGRAM_H_
+#define KORVAN_TOOLS_PROGRAM_H_
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace korvan::tools {
+
+// What a program ends with. Each man page has the same table.
+enum class Status {
+  kDone = 0,
+  kNotFound = 1,
+  kUsage = 2,
+  kRefused = 3,
+  kInputOutput = 4,
+};
+
+// Ends a program with a status and a sentence that says why.
+class Failure : public std::runtime_error {
+ public:
+  Failure(Status status, const std::string& why)
+      : std::runtime_error(why), status_(status) {}
+  Status status() const { return status_; }
+
+ private:
+  Status status_;
+};
+
+// How a program presents its results.
+enum class Format { kColumns, kJson, kTsv };
+
+// Adds --version, --json and --tsv to the options of a program.
+void AddCommonOptions(CLI::App& app, Format& format);
+
+// Sets the user's locale, parses the command line and does `work`. Failures and
+// usage errors become one line on standard error. Returns the status for
+// `main`, which is kInputOutput where the output could not be written.
+int Run(CLI::App& app, int argc, char** argv,
+        const std::function<Status()>& work);
+
+// Prints "PROGRAM: text" on standard error.
+void Note(const std::string& text);
+
+// Reads all of a file, or of standard input where `path` is "-". Throws a
+// Failure where it can't be read, and kRefused where it has more than
+// `most_bytes`, of which no more is then held in memory.
+std::string ReadAll(const std::string& path, std::size_t most_bytes);
+
+// `path` as messages name it: "standard input" for "-".
+std::string NameOf(const std::string& path);
+
+}  // namespace korvan::tools
+
+#endif  // KORVAN_TOOLS_PROGRAM_H_
