@@ -1,16 +1,19 @@
-#include "program.h"
+#include "tools/program.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <exception>
 #include <iostream>
 #include <locale>
+#include <memory>
 #include <new>
 #include <system_error>
+#include <utility>
+
+#include "tools/text.h"
 
 namespace korvan::tools {
 
@@ -20,110 +23,217 @@ std::string program_name;  // stands in front of every message
 
 int Number(Status status) { return static_cast<int>(status); }
 
-// CLI11's own messages speak of arguments that were not expected.
-std::string UsageError(const CLI::App& app, const CLI::ParseError& error) {
-  const CLI::App* used = &app;
-  for (const CLI::App* const command : app.get_subcommands()) {
-    used = command;
+std::string LastError() { return std::generic_category().message(errno); }
+
+std::string Quoted(const std::string& text) { return "'" + text + "'"; }
+
+// CLI11's default adds words such as REQUIRED and Excludes, which leave no room
+// for the description in 80 columns.
+class HelpLayout : public CLI::Formatter {
+ public:
+  HelpLayout() { column_width(22); }
+  std::string make_option_opts(const CLI::Option* option) const override {
+    return option->get_type_size() == 0 || option->get_positional()
+               ? ""
+               : " " + option->get_type_name();
   }
-  for (const std::string& word : used->remaining()) {
-    return (word.size() > 1 && word[0] == '-' ? "unknown option '"
-                                              : "unexpected argument '") +
-           word + "'";
+  std::string make_usage(const CLI::App* app, std::string name) const override {
+    std::string usage = CLI::Formatter::make_usage(app, std::move(name));
+    const std::string shouted = "SUBCOMMAND";
+    if (const std::size_t at = usage.find(shouted); at != usage.npos) {
+      usage.replace(at, shouted.size(), "COMMAND ...");
+    }
+    return usage;
   }
-  return error.what();
+};
+
+// The first of the words that nothing was made of, in the terms of a user.
+std::string UnknownWord(const CLI::App& app) {
+  const std::vector<std::string> words = app.remaining(true);
+  if (words.empty()) {
+    return "";
+  }
+  const std::string& word = words.front();
+  if (word.size() > 1 && word[0] == '-') {
+    return "unknown option " + Quoted(word.substr(0, word.find('=')));
+  }
+  return (app.get_require_subcommand_min() > 0 && app.get_subcommands().empty()
+              ? "unknown command "
+              : "unexpected argument ") +
+         Quoted(word);
 }
 
-// A descriptor, closed at the end unless it is standard input.
-class Input {
- public:
-  explicit Input(const std::string& path)
-      : number_(path == "-" ? STDIN_FILENO
-                            : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
-  Input(const Input&) = delete;
-  Input& operator=(const Input&) = delete;
-  ~Input() {
-    if (number_ > STDIN_FILENO) {
-      close(number_);
+// CLI11's own messages speak of required arguments that were received.
+std::string UsageError(const CLI::App& app, const CLI::ParseError& error) {
+  const std::string unknown = UnknownWord(app);
+  if (!unknown.empty()) {
+    return unknown;
+  }
+  const std::string text = error.what();
+  const std::string name = text.substr(0, text.find_first_of(": "));
+  const auto says = [&](const char* part) {
+    return text.find(part) != std::string::npos;
+  };
+  if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {
+    return Quoted(name) + " and " +
+           Quoted(text.substr(text.find_last_of(' ') + 1)) +
+           " can't be used together";
+  }
+  if (dynamic_cast<const CLI::RequiresError*>(&error) != nullptr) {
+    return Quoted(name) + " needs " +
+           Quoted(text.substr(text.find_last_of(' ') + 1));
+  }
+  if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+    return name == "A" ? "a command is missing" : name + " is missing";
+  }
+  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+    if (says("At Most 1")) {
+      return Quoted(name) + " is given twice";
+    }
+    if (says("missing") || says("At least")) {
+      return Quoted(name) + " needs a value";
     }
   }
+  if (dynamic_cast<const CLI::ConversionError*>(&error) != nullptr) {
+    // "Could not convert: --width = x", or of a flag its value alone.
+    const std::size_t equals = text.find(" = ");
+    const std::size_t colon = text.find(": ");
+    return equals == text.npos || colon == text.npos
+               ? "an option that takes no value has one"
+               : Quoted(text.substr(equals + 3)) + " is no value of " +
+                     Quoted(text.substr(colon + 2, equals - colon - 2));
+  }
+  return text;
+}
 
-  // Returns a negative number, with errno set, where it fails.
+// A file that is opened next must not become a standard one that is closed:
+// the program's output would go into it. What takes the place can't be read,
+// or written, either.
+void OccupyStandardDescriptors() {
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(number, F_GETFD) == -1 && errno == EBADF) {
+      // The lowest number that is free is this one.
+      (void)open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
+
+// A descriptor, closed at the end unless it is a standard one.
+class File {
+ public:
+  File(const std::string& path, int standard, int flags)
+      : number_(path == "-" ? standard
+                            : open(path.c_str(), flags | O_CLOEXEC, 0666)) {}
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  ~File() { Close(); }
+
+  bool IsOpen() const { return number_ >= 0; }
+
+  // These return a negative number, with errno set, where they fail.
   ssize_t Read(char* place, std::size_t size) const {
+    return Again([&] { return read(number_, place, size); });
+  }
+  ssize_t Write(const char* place, std::size_t size) const {
+    return Again([&] { return write(number_, place, size); });
+  }
+  int Close() {
+    const int number = std::exchange(number_, -1);
+    return number > STDERR_FILENO ? close(number) : 0;
+  }
+
+ private:
+  template <class Call>
+  static ssize_t Again(Call call) {
     ssize_t count = 0;
     do {
-      count = read(number_, place, size);
+      count = call();
     } while (count < 0 && errno == EINTR);
     return count;
   }
 
- private:
   int number_;
 };
+
+// Does `work`; what it throws becomes one line, and the status.
+Status StatusOf(const std::function<Status()>& work) {
+  const char* const out_of_memory = "out of memory";
+  try {
+    return work();
+  } catch (const Failure& failure) {
+    std::cout << std::flush;
+    Note(failure.what() + std::string(failure.status() == Status::kUsage
+                                          ? " (try --help)"
+                                          : ""));
+    return failure.status();
+  } catch (const std::bad_alloc&) {
+    Note(out_of_memory);
+  } catch (const std::length_error&) {  // of a string that is too long
+    Note(out_of_memory);
+  }
+  return Status::kInputOutput;
+}
 
 }  // namespace
 
 void AddCommonOptions(CLI::App& app, Format& format) {
+  app.formatter(std::make_shared<HelpLayout>());
+  app.set_help_flag("--help", "Print this, and exit");
   app.set_version_flag("--version",
-                       app.get_name() + " (korvan) " KORVAN_TOOLS_VERSION);
+                       app.get_name() + " (korvan) " KORVAN_TOOLS_VERSION,
+                       "Print the version, and exit");
   auto* const json =
       app.add_flag_callback("--json", [&] { format = Format::kJson; })
           ->description("Print JSON");
   app.add_flag_callback("--tsv", [&] { format = Format::kTsv; })
       ->description("Print fields with tabs between them")
       ->excludes(json);
+  app.footer(
+      "Exit status: 0 done, 1 not found, 2 usage, 3 refused, "
+      "4 can't read or write.");
 }
 
 int Run(CLI::App& app, int argc, char** argv,
         const std::function<Status()>& work) {
+  OccupyStandardDescriptors();
   program_name = app.get_name();
   try {
     std::locale::global(std::locale(""));
   } catch (const std::runtime_error&) {
     Note("the locale of the environment is unknown; ASCII it is");
   }
-  Status status = Status::kDone;
-  try {
-    app.parse(argc, argv);
-    status = work();
-  } catch (const CLI::Success& asked) {  // --help or --version
-    app.exit(asked);
-  } catch (const CLI::ParseError& error) {
-    Note(UsageError(app, error) + " (try --help)");
-    return Number(Status::kUsage);
-  } catch (const Failure& failure) {
-    std::cout << std::flush;
-    Note(failure.what());
-    status = failure.status();
-  } catch (const std::bad_alloc&) {
-    Note("out of memory");
-    status = Status::kInputOutput;
-  }
+  const Status status = StatusOf([&] {
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::Success& asked) {  // --help or --version
+      app.exit(asked);
+      return Status::kDone;
+    } catch (const CLI::ParseError& error) {
+      throw Failure(Status::kUsage, UsageError(app, error));
+    }
+    return work();
+  });
   // What was printed may only now fail to be written.
   if (!std::cout.flush()) {
-    Note("the output can't be written");
+    Note("the output can't be written: " + LastError());
     return Number(Status::kInputOutput);
   }
   return Number(status);
 }
 
 void Note(const std::string& text) {
-  std::cerr << program_name << ": " << text << '\n';
+  std::cerr << program_name << ": " << Printable(text) << '\n';
 }
 
 std::string ReadAll(const std::string& path, std::size_t most_bytes) {
-  const auto fail = [&] {
-    throw Failure(Status::kInputOutput,
-                  NameOf(path) + ": can't be read: " +
-                      std::generic_category().message(errno));
-  };
-  const Input input(path);
+  const File input(path, STDIN_FILENO, O_RDONLY);
   std::string bytes;
   std::array<char, std::size_t{1} << 16> block;
   for (ssize_t count = 1; count > 0;) {
-    count = input.Read(block.data(), block.size());
+    count = input.IsOpen() ? input.Read(block.data(), block.size()) : -1;
     if (count < 0) {
-      fail();
+      throw Failure(Status::kInputOutput,
+                    NameOf(path) + ": can't be read: " + LastError());
     }
     bytes.append(block.data(), static_cast<std::size_t>(count));
     if (bytes.size() > most_bytes) {
@@ -133,6 +243,21 @@ std::string ReadAll(const std::string& path, std::size_t most_bytes) {
     }
   }
   return bytes;
+}
+
+void WriteAll(const std::string& path, const std::string& bytes) {
+  File output(path, STDOUT_FILENO, O_WRONLY | O_CREAT | O_TRUNC);
+  std::size_t written = 0;
+  ssize_t count = output.IsOpen() ? 0 : -1;
+  while (count >= 0 && written < bytes.size()) {
+    count = output.Write(bytes.data() + written, bytes.size() - written);
+    written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+  }
+  if (count < 0 || output.Close() != 0) {
+    throw Failure(Status::kInputOutput,
+                  (path == "-" ? "standard output" : path) +
+                      ": can't be written: " + LastError());
+  }
 }
 
 std::string NameOf(const std::string& path) {

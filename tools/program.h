@@ -11,7 +11,8 @@
 
 namespace korvan::tools {
 
-// What a program ends with. Each man page has the same table.
+// What a program ends with. Each man page and docs/tools.md have the same
+// table.
 enum class Status {
   kDone = 0,
   kNotFound = 1,
@@ -34,7 +35,10 @@ class Failure : public std::runtime_error {
 // How a program presents its results.
 enum class Format { kColumns, kJson, kTsv };
 
-// Adds --version, --json and --tsv to the options of a program.
+// Adds --version, --json and --tsv to the options of a program, and gives its
+// help the layout that all have. To be called before subcommands are added,
+// which take over the layout. Options name their values by `type_name`,
+// positional arguments are named in capitals.
 void AddCommonOptions(CLI::App& app, Format& format);
 
 // Sets the user's locale, parses the command line and does `work`. Failures and
@@ -43,13 +47,18 @@ void AddCommonOptions(CLI::App& app, Format& format);
 int Run(CLI::App& app, int argc, char** argv,
         const std::function<Status()>& work);
 
-// Prints "PROGRAM: text" on standard error.
+// Prints "PROGRAM: text" on standard error. What `text` quotes may hold
+// anything: what is no printable text of the locale is escaped.
 void Note(const std::string& text);
 
 // Reads all of a file, or of standard input where `path` is "-". Throws a
 // Failure where it can't be read, and kRefused where it has more than
 // `most_bytes`, of which no more is then held in memory.
 std::string ReadAll(const std::string& path, std::size_t most_bytes);
+
+// Writes a file anew, or standard output where `path` is "-". Throws a Failure
+// where it can't.
+void WriteAll(const std::string& path, const std::string& bytes);
 
 // `path` as messages name it: "standard input" for "-".
 std::string NameOf(const std::string& path);

@@ -27,7 +27,8 @@ trap 'rm -rf "$folders"' EXIT
   -DCMAKE_INSTALL_PREFIX="$folders/prefix" \
   -DCMAKE_INSTALL_LIBDIR="$folders/lib" \
   -DCMAKE_INSTALL_INCLUDEDIR="$folders/include" \
-  -DKORVAN_BUILD_TESTS=OFF -DKORVAN_BUILD_EXAMPLES=OFF > /dev/null
+  -DKORVAN_BUILD_TESTS=OFF -DKORVAN_BUILD_EXAMPLES=OFF \
+  -DKORVAN_BUILD_TOOLS=OFF > /dev/null
 "$cmake" --build "$work/build" > /dev/null
 "$cmake" --install "$work/build" > /dev/null
 

@@ -34,6 +34,7 @@ mkdir -p "$work"
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release \
   -DCMAKE_CXX_FLAGS_RELEASE="$flags" -DKORVAN_WARNINGS_AS_ERRORS=ON \
   -DKORVAN_BUILD_TESTS=OFF -DKORVAN_BUILD_EXAMPLES=OFF \
+  -DKORVAN_BUILD_TOOLS=OFF \
   > "$work/log" 2>&1 || { cat "$work/log"; exit 1; }
 "$cmake" --build "$work/build" >> "$work/log" 2>&1 ||
   { cat "$work/log"; exit 1; }

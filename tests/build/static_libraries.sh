@@ -24,7 +24,8 @@ rm -rf "$work"
 "$cmake" -S "$source" -B "$work/build" -G Ninja \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release \
   -DBUILD_SHARED_LIBS=OFF -DCMAKE_INSTALL_LIBDIR=lib \
-  -DKORVAN_BUILD_TESTS=OFF -DKORVAN_BUILD_EXAMPLES=OFF > /dev/null
+  -DKORVAN_BUILD_TESTS=OFF -DKORVAN_BUILD_EXAMPLES=OFF \
+  -DKORVAN_BUILD_TOOLS=OFF > /dev/null
 "$cmake" --build "$work/build" > /dev/null
 "$cmake" --install "$work/build" --prefix "$work/installed" > /dev/null
 lib=$work/installed/lib

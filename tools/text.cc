@@ -1,0 +1,202 @@
+#include "tools/text.h"
+
+#include <unistd.h>
+
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <iostream>
+
+namespace korvan::tools {
+
+namespace {
+
+constexpr wchar_t kReplacement = 0xFFFD;
+
+bool IsCharacter(std::uint32_t unit) {
+  return unit < 0xD800 || (unit >= 0xE000 && unit <= 0x10FFFF);
+}
+
+// Controls, and what turns the direction of the text around it or ends a line.
+bool ActsOnATerminal(wchar_t character) {
+  const auto unit = static_cast<std::uint32_t>(character);
+  return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x61C ||
+         unit == 0x200E || unit == 0x200F ||
+         (unit >= 0x2028 && unit <= 0x202E) ||
+         (unit >= 0x2066 && unit <= 0x2069) || !IsCharacter(unit);
+}
+
+std::string Formatted(const char* form, unsigned int number) {
+  char text[24];
+  std::snprintf(text, sizeof(text), form, number);
+  return text;
+}
+
+void AppendPrintable(std::string& text, wchar_t character) {
+  char bytes[MB_LEN_MAX];
+  std::mbstate_t state{};
+  const std::size_t count = ActsOnATerminal(character)
+                                ? static_cast<std::size_t>(-1)
+                                : std::wcrtomb(bytes, character, &state);
+  if (count == static_cast<std::size_t>(-1)) {
+    text += Formatted("\\u{%X}", static_cast<unsigned int>(character));
+  } else {
+    text.append(bytes, count);
+  }
+}
+
+// Gives the characters of `text`, which is in the encoding of the locale, to
+// `take`, and each byte that is none to `take_byte`.
+template <class Take, class TakeByte>
+void DecodeLocale(std::string_view text, Take take, TakeByte take_byte) {
+  std::mbstate_t state{};
+  while (!text.empty()) {
+    wchar_t character = L'\0';
+    const std::size_t count =
+        std::mbrtowc(&character, text.data(), text.size(), &state);
+    if (count > text.size()) {  // no character, or a part of one
+      take_byte(static_cast<unsigned char>(text[0]));
+      text.remove_prefix(1);
+      state = {};
+      continue;
+    }
+    take(character);
+    text.remove_prefix(count == 0 ? 1 : count);
+  }
+}
+
+void AppendField(std::string& line, std::wstring_view field) {
+  for (const wchar_t character : field) {
+    switch (character) {
+      case L'\t':
+        line += "\\t";
+        break;
+      case L'\n':
+        line += "\\n";
+        break;
+      case L'\r':
+        line += "\\r";
+        break;
+      case L'\\':
+        line += "\\\\";
+        break;
+      default:
+        AppendPrintable(line, character);
+    }
+  }
+}
+
+}  // namespace
+
+std::wstring FromUtf8(std::string_view utf8) {
+  std::wstring wide;
+  for (std::size_t at = 0; at < utf8.size();) {
+    const auto byte = [&](std::size_t i) {
+      return at + i < utf8.size() ? static_cast<unsigned char>(utf8[at + i])
+                                  : 0U;
+    };
+    const unsigned int first = byte(0);
+    const std::size_t length = first < 0x80             ? 1
+                               : (first & 0xE0) == 0xC0 ? 2
+                               : (first & 0xF0) == 0xE0 ? 3
+                               : (first & 0xF8) == 0xF0 ? 4
+                                                        : 0;
+    constexpr std::uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+    std::uint32_t unit = length < 2 ? first : first & (0x7FU >> length);
+    bool is_whole = length != 0;
+    for (std::size_t i = 1; i < length; ++i) {
+      is_whole = is_whole && (byte(i) & 0xC0) == 0x80;
+      unit = unit << 6 | (byte(i) & 0x3F);
+    }
+    is_whole = is_whole && unit >= kLeast[length] && IsCharacter(unit);
+    wide += is_whole ? static_cast<wchar_t>(unit) : kReplacement;
+    at += is_whole ? length : 1;
+  }
+  return wide;
+}
+
+std::string ToUtf8(std::wstring_view wide) {
+  std::string utf8;
+  for (const wchar_t character : wide) {
+    auto unit = static_cast<std::uint32_t>(character);
+    if (!IsCharacter(unit)) {
+      unit = kReplacement;
+    }
+    if (unit < 0x80) {
+      utf8 += static_cast<char>(unit);
+      continue;
+    }
+    const int more = unit < 0x800 ? 1 : unit < 0x10000 ? 2 : 3;
+    utf8 +=
+        static_cast<char>((0xFF00U >> (more + 1) & 0xFF) | unit >> (6 * more));
+    for (int i = more - 1; i >= 0; --i) {
+      utf8 += static_cast<char>(0x80 | (unit >> (6 * i) & 0x3F));
+    }
+  }
+  return utf8;
+}
+
+std::optional<std::wstring> FromLocale(std::string_view text) {
+  std::wstring wide;
+  bool is_text = true;
+  DecodeLocale(
+      text, [&](wchar_t character) { wide += character; },
+      [&](unsigned int) { is_text = false; });
+  return is_text ? std::optional(wide) : std::nullopt;
+}
+
+std::string Printable(std::wstring_view text) {
+  std::string printable;
+  for (const wchar_t character : text) {
+    AppendPrintable(printable, character);
+  }
+  return printable;
+}
+
+std::string Printable(std::string_view text) {
+  std::string printable;
+  DecodeLocale(
+      text, [&](wchar_t character) { AppendPrintable(printable, character); },
+      [&](unsigned int byte) { printable += Formatted("\\x%02X", byte); });
+  return printable;
+}
+
+void PrintTsv(const std::vector<std::wstring>& fields) {
+  std::string line;
+  for (const std::wstring& field : fields) {
+    if (!line.empty() || &field != &fields.front()) {
+      line += '\t';
+    }
+    AppendField(line, field);
+  }
+  std::cout << line << '\n';
+}
+
+void PrintJson(const Json& json) {
+  // What the library leaves as it stands is within a string, where an escape
+  // means the same. Only the line feeds are layout.
+  const std::string dumped =
+      json.dump(2, ' ', false, Json::error_handler_t::replace);
+  std::string safe;
+  for (const wchar_t character : FromUtf8(dumped)) {
+    if (character != L'\n' && ActsOnATerminal(character)) {
+      safe += Formatted("\\u%04x", static_cast<unsigned int>(character));
+    } else {
+      safe += ToUtf8({&character, 1});
+    }
+  }
+  std::cout << safe << '\n';
+}
+
+bool HasColours() {
+  const char* const refused = std::getenv("NO_COLOR");
+  return isatty(STDOUT_FILENO) != 0 && (refused == nullptr || *refused == '\0');
+}
+
+std::string Bold(const std::string& text) {
+  return HasColours() ? "\033[1m" + text + "\033[m" : text;
+}
+
+}  // namespace korvan::tools
