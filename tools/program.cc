@@ -1,3 +1,4 @@
+// Options, messages and files, as all command-line programs treat them.
 #include "tools/program.h"
 
 #include <fcntl.h>
@@ -255,13 +256,13 @@ void WriteAll(const std::string& path, const std::string& bytes) {
   }
   if (count < 0 || output.Close() != 0) {
     throw Failure(Status::kInputOutput,
-                  (path == "-" ? "standard output" : path) +
+                  (path == "-" ? "standard output" : NameOf(path)) +
                       ": can't be written: " + LastError());
   }
 }
 
 std::string NameOf(const std::string& path) {
-  return path == "-" ? "standard input" : path;
+  return path == "-" ? "standard input" : path.empty() ? "''" : path;
 }
 
 }  // namespace korvan::tools

@@ -1,7 +1,10 @@
+// Conversions between UTF-8, UTF-32 and the encoding of the locale, and escapes
+// for what would act on a terminal.
 #include "tools/text.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -14,6 +17,11 @@ namespace korvan::tools {
 namespace {
 
 constexpr wchar_t kReplacement = 0xFFFD;
+
+// Most of what JSON is made of.
+constexpr std::string_view kPlain =
+    " !\"#$%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[\\]^_`"
+    "abcdefghijklmnopqrstuvwxyz{|}~";
 
 bool IsCharacter(std::uint32_t unit) {
   return unit < 0xD800 || (unit >= 0xE000 && unit <= 0x10FFFF);
@@ -179,15 +187,24 @@ void PrintJson(const Json& json) {
   // means the same. Only the line feeds are layout.
   const std::string dumped =
       json.dump(2, ' ', false, Json::error_handler_t::replace);
-  std::string safe;
-  for (const wchar_t character : FromUtf8(dumped)) {
-    if (character != L'\n' && ActsOnATerminal(character)) {
-      safe += Formatted("\\u%04x", static_cast<unsigned int>(character));
-    } else {
-      safe += ToUtf8({&character, 1});
+  const std::string_view text(dumped);
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t next =
+        std::min(text.find_first_not_of(kPlain, at), text.size());
+    std::cout << text.substr(at, next - at);
+    at = next;
+    if (at == text.size()) {
+      break;
     }
+    const std::wstring character = FromUtf8(text.substr(at, 4)).substr(0, 1);
+    const std::string utf8 = ToUtf8(character);
+    std::cout << (character != L"\n" && ActsOnATerminal(character[0])
+                      ? Formatted("\\u%04x",
+                                  static_cast<unsigned int>(character[0]))
+                      : utf8);
+    at += utf8.size();
   }
-  std::cout << safe << '\n';
+  std::cout << '\n';
 }
 
 bool HasColours() {

@@ -16,7 +16,8 @@ if [ "$1" = --self-test ]; then
     rm -rf "$work/source"
     mkdir -p "$work/source"
     (cd "$source" && cp -r CMakeLists.txt bench cmake docs examples include \
-      ini oid packaging platform pubkey resources tests "$work/source")
+      ini oid packaging platform pubkey resources tests tools \
+      "$work/source")
     echo "$2" >> "$work/source/CMakeLists.txt"
     must_fail "$1" "$3" "$script" "$cmake" "$compiler" "$work/source" \
       "$work/work" OFF
@@ -36,6 +37,7 @@ if [ "$1" = --self-test ]; then
   breaks "a target that the outer project has" 'add_custom_target(platform)' \
     'does not configure'
   breaks "the dashboard" 'add_custom_target(Nightly)' 'brings the targets'
+  breaks "a program" 'add_custom_target(oidinfo)' 'brings the targets'
   breaks "tests" 'add_custom_target(threaded_tests)' 'brings the targets'
   breaks "an installed file" 'install(FILES README.md DESTINATION doc)' \
     'installed with the outer project'
@@ -82,7 +84,7 @@ for fetches in $ways; do
     fail "the outer project's settings are not its own"
   "$cmake" --build "$build" --target help > "$work/targets"
   grep -q '^korvan: ' "$work/targets" || fail "no targets are seen"
-  if grep -E '^(Experimental|Nightly|Continuous|threaded_tests|docs|initool|test_support)' \
+  if grep -E '^(Experimental|Nightly|Continuous|threaded_tests|docs|oidinfo|tool_support|first_call|test_support)' \
     "$work/targets"; then
     fail "korvan brings the targets above along"
   fi

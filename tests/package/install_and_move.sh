@@ -33,6 +33,11 @@ if [ "$1" = --self-test ]; then
     "$library -Wl,-rpath,'$build'"
   installed "a library that can't be read" 'format not recognized' \
     'echo > libkorvan.so'
+  installed "a program that looks for libraries in the build" 'name a folder' \
+    "$library && mkdir bin && echo 'int main() {}' |
+       '$CXX' -g -x c++ - -o bin/one -Wl,-rpath,'$build'"
+  installed "" "" "$library && mkdir bin && echo 'int main() {}' > '$work/one.cc' &&
+    '$CXX' -g '$work/one.cc' -o bin/one"
   fake cmake 'exit 3'
   must_fail "a CMake that fails" '^installing failed$' \
     "$0" "$work/cmake" "$source" "$build" "$work/tree"
@@ -49,7 +54,8 @@ mv "$work/installed" "$work/moved"
 cp -R "$work/moved" "$work/stripped"
 [ -n "$(find "$work/stripped" -name 'lib*.so')" ] ||
   { echo "no library is installed"; exit 1; }
-find "$work/stripped" -type f -name 'lib*.so*' -exec strip {} +
+find "$work/stripped" -type f \( -name 'lib*.so*' -o -path '*/bin/*' \) \
+  -exec strip {} +
 status=0
 grep -r -l -F -e "$source" -e "$build" -e "$work/installed" \
   "$work/stripped" || status=$?
