@@ -1,4 +1,4 @@
-# What to do without the packages of tests, examples and documentation.
+# What to do without the packages of tests, tools and documentation.
 include_guard()
 
 # korvan_leave_out(<what> <package>) tells that <what> is left out, because the
