@@ -22,6 +22,13 @@ if [ "$1" = --self-test ]; then
     changed "$2" "a record less" '--all prints 259 lines' \
       '[ "$1" != --all ] || { "$real" "$@" | sed 260d; exit; }
        exec "$real" "$@"'
+    changed "$2" "no status for a full disk" '> /dev/full' \
+      '"$real" "$@"; status=$?
+       [ "$status" -ne 4 ] || [ "$1" != --sign ] || exit 0; exit "$status"'
+    changed "$2" "no word of a full disk" '> /dev/full' \
+      '"$real" "$@" 2> messages; status=$?
+       [ "$status" -eq 4 ] && [ "$1" = --all ] || cat messages >&2
+       exit "$status"'
     changed "$2" "the first match alone" 'wanted 2 of 2' \
       '[ "$*" != 2.5.4.3 ] || { "$real" "$@" | head -n 5; exit; }
        exec "$real" "$@"'
@@ -36,7 +43,7 @@ if [ "$1" = --self-test ]; then
     changed "$2" "colours all the time" 'should hold' \
       '"$real" "$@" | sed "s/^1.2/$(printf "\033")[1m&/"'
     changed "$2" "colours never" 'no colours on a terminal' \
-      '"$real" "$@" > shown; status=$?; cat shown; exit "$status"'
+      '[ -t 1 ] || exec "$real" "$@"; "$real" "$@" | cat'
     changed "$2" "broken JSON" 'no JSON' \
       'case $* in *--json*) "$real" "$@" | sed 1d; exit ;; esac
        exec "$real" "$@"'
@@ -262,3 +269,10 @@ json "a$(printf '\033\177\302\233')" 'lookups[0]["key"]' \
 harmless
 json "[None, None]" '[r[m] for r in lookups[0]["records"]
   for m in ("returned", "algid")]' --group 8
+
+# What can't be written.
+for order in --all '--all --json' '--group 3 --tsv' '--oid 2.5.4.3' \
+  '--name E' '--algid 0x661E' '--sign 32772,9216'; do
+  # shellcheck disable=SC2086  # the order is words
+  expect_full_disk 4 "the output can't be written: No space left" $order
+done
