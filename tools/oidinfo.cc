@@ -84,6 +84,7 @@ std::vector<Key> KeysOf(const std::string& text, std::optional<DWORD> type) {
     std::erase(lines, "");
   }
   std::vector<Key> keys;
+  keys.reserve(lines.size());
   for (const std::string& line : lines) {
     keys.push_back(type ? KeyOfType(*type, line) : KeyByForm(line));
   }
@@ -115,6 +116,7 @@ Status Answer(const Order& order) {
     throw Failure(Status::kUsage, "a key is missing, or --group or --all");
   }
   std::vector<Lookup> lookups;
+  lookups.reserve(keys.size() + 1);
   for (Key& key : keys) {
     lookups.push_back(LookUp(std::move(key), *group));
   }
@@ -139,6 +141,8 @@ Status Answer(const Order& order) {
 }  // namespace
 }  // namespace korvan::tools
 
+// What CLI11 throws of options that contradict each other ends the program, as
+// it should. NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv) {
   using namespace korvan::tools;
   Order order;

@@ -66,11 +66,11 @@ std::string UnknownWord(const CLI::App& app) {
 
 // CLI11's own messages speak of required arguments that were received.
 std::string UsageError(const CLI::App& app, const CLI::ParseError& error) {
-  const std::string unknown = UnknownWord(app);
+  std::string unknown = UnknownWord(app);
   if (!unknown.empty()) {
     return unknown;
   }
-  const std::string text = error.what();
+  std::string text = error.what();
   const std::string name = text.substr(0, text.find_first_of(": "));
   const auto says = [&](const char* part) {
     return text.find(part) != std::string::npos;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -29,7 +30,7 @@ bool IsCharacter(std::uint32_t unit) {
 
 // Controls, and what turns the direction of the text around it or ends a line.
 bool ActsOnATerminal(wchar_t character) {
-  const auto unit = static_cast<std::uint32_t>(character);
+  const auto unit = std::bit_cast<std::uint32_t>(character);
   return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x61C ||
          unit == 0x200E || unit == 0x200F ||
          (unit >= 0x2028 && unit <= 0x202E) ||
@@ -128,7 +129,7 @@ std::wstring FromUtf8(std::string_view utf8) {
 std::string ToUtf8(std::wstring_view wide) {
   std::string utf8;
   for (const wchar_t character : wide) {
-    auto unit = static_cast<std::uint32_t>(character);
+    auto unit = std::bit_cast<std::uint32_t>(character);
     if (!IsCharacter(unit)) {
       unit = kReplacement;
     }
