@@ -84,16 +84,16 @@ says_once 'libgtest-dev is missing: the test programs' \
   'doxygen is missing: the target docs'
 has korvan korvan_platform first_call key_to_blob text_by_number narrow_ini \
   wide_ini
-has_not docs oidinfo keyblob text_test
+has_not docs oidinfo initool keyblob text_test
 
 # shellcheck disable=SC2046
 configure no_json $(without nlohmann_json)
 says_once 'nlohmann-json3-dev is missing: the command-line programs'
 has korvan first_call
-has_not oidinfo keyblob
+has_not oidinfo initool keyblob
 
 # shellcheck disable=SC2046
 configure no_openssl $(without OpenSSL)
 says_once 'libssl-dev is missing: the program keyblob'
-has korvan first_call oidinfo
+has korvan first_call oidinfo initool
 has_not keyblob
