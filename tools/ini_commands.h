@@ -270,10 +270,11 @@ class Commands {
       text = WithCrLf(text);
     }
     if (source_.skipped != 0) {
-      Lose(source_.OfSkipped(), source_.Advice());
+      Lose(source_.skipped, source_.OfSkipped(), source_.Advice());
     }
     if (const auto lines = LinesNotReadBack(text); !lines.empty()) {
-      Lose(Lines(lines.size()) + " of the new text can't be read back: " +
+      Lose(lines.size(),
+           Lines(lines.size()) + " of the new text can't be read back: " +
                Quoted(Encode(lines.front().text)) +
                (lines.size() == 1 ? "" : " and so on"),
            BracketAdvice(lines.front()));
@@ -303,14 +304,16 @@ class Commands {
     return lines;
   }
 
-  void Lose(const std::string& what, const std::string& advice) const {
+  void Lose(std::size_t count, const std::string& what,
+            const std::string& advice) const {
     if (!call_.is_lossy) {
       throw Failure(Status::kRefused, what +
                                           " and would be lost; nothing is "
                                           "written without --lossy" +
                                           advice);
     }
-    Note(what + " and is lost, as --lossy allows");
+    Note(what + (count == 1 ? " and is lost" : " and are lost") +
+         ", as --lossy allows");
   }
 
   const Call& call_;

@@ -99,7 +99,7 @@ expect 3 '' '3 lines of lossy.ini .*would be lost' merge  lossy.ini made.ini
 expect 0 '^\[k=v$' '3 lines of lossy.ini .*not listed' list lossy.ini
 expect 1 '' "no key 'name'.*3 lines of lossy.ini"  get    lossy.ini Main name
 holds lossy.ini "$lossy"
-expect 0 '' '3 lines of lossy.ini .*is lost' --lossy set lossy.ini Main '[k' 2
+expect 0 '' '3 lines of lossy.ini .*are lost' --lossy set lossy.ini Main '[k' 2
 holds lossy.ini '[Main]\n[k=2\n'
 makes early.ini '[k=no header yet\n[S]\n[1=a\n[1=b\n'
 expect 3 '' '1 line of early.ini' remove early.ini S
