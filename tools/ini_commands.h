@@ -254,8 +254,10 @@ class Commands {
   // What to do where a "[" is all that a line needs to be read back.
   static std::string BracketAdvice(const LostLine& line) {
     const String name = Char{'['} + line.key;
-    if (line.key.empty() || line.text.find(Char{'\n'}) != String::npos ||
-        LineReader<Twin>({}).KeyWithBracket(line.text) != name) {
+    const std::optional<String> read =
+        LineReader<Twin>({}).KeyWithBracket(line.text);
+    const bool is_cut = line.text.find(Char{'\n'}) != String::npos;
+    if (line.key.empty() || is_cut || read != name) {
       return "";
     }
     return " (the reader takes only keys that begin with '[': name it " +

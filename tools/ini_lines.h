@@ -60,8 +60,8 @@ enum class Remark {
   kNul,
 };
 
-constexpr const char* NameOf(Remark remark) {
-  constexpr std::array<const char*, 12> kNames = {
+constexpr std::string_view NameOf(Remark remark) {
+  constexpr std::array<std::string_view, 12> kNames = {
       "blank",          "byte_order_mark",  "comment",         "plain_key",
       "no_bracket",     "incomplete",       "no_header",       "other_case",
       "trailing_blank", "equals_in_header", "carriage_return", "nul",

@@ -116,7 +116,7 @@ class Lint {
     };
     Json remarks = Json::array();
     for (const Remark remark : line.remarks) {
-      remarks.push_back(tools::NameOf(remark));
+      remarks.push_back(std::string(tools::NameOf(remark)));
     }
     Json row = {{"line", line.number},
                 {"kind", NameOf(line.kind)},

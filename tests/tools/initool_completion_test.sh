@@ -45,7 +45,7 @@ offers() {
     fail "bash offers '$shown', not '$offered': initool $*"
 }
 makes one.ini '[Main]\n[key=v\n[kind=w\n[Two words]\n[k"=1\n[Empty]\n'
-makes other.ini ''
+makes second.ini ''
 offers 'get,list,lint,set,rename,remove,merge,' ''
 offers 'list,lint,'                             li
 offers 'set,'                                   --wide set
@@ -55,7 +55,7 @@ offers '--help,--version,--json,--tsv,--wide,--lossy,' lint one.ini --
 for command in get list lint set rename remove merge; do
   offers 'one.ini,'                             $command on
 done
-offers 'other.ini,'                             merge one.ini ot
+offers 'second.ini,'                            merge one.ini se
 offers 'Empty,Main,Two\ words,'                 get one.ini ''
 offers 'Main,'                                  --wide remove --lossy one.ini M
 offers 'Two words,'                             list one.ini '"Two'

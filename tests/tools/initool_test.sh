@@ -40,6 +40,31 @@ if [ "$1" = --self-test ]; then
     changed "$2" "no word of a limit" 'beyond a limit' \
       '"$real" "$@"; status=$?; case $*$status in *vvv4) exit 0 ;; esac
        exit "$status"'
+    changed "$2" "CR LF that becomes LF" 'crlf.ini should hold' \
+      '"$real" "$@"; status=$?
+       case $2 in crlf.ini) tr -d "\r" < "$2" > cut; mv cut "$2" ;; esac
+       exit "$status"'
+    changed "$2" "a refusal of several lines" 'wanted' \
+      '"$real" "$@"; status=$?; [ "$status" -ne 2 ] || echo more >&2
+       exit "$status"'
+    changed "$2" "control characters on a terminal" 'on the terminal' \
+      'case $* in get*values.ini*) "$real" "$@" | cat ;; *) exec "$real" "$@" ;; esac'
+    changed "$2" "colours in spite of NO_COLOR" 'in spite of NO_COLOR' \
+      'unset NO_COLOR; exec "$real" "$@"'
+    changed "$2" "no colours" 'no colour' 'NO_COLOR=1 exec "$real" "$@"'
+    changed "$2" "other JSON" 'the JSON is' \
+      'case $* in *json*values.ini*) "$real" "$@" | sed "s/: null/: 0/" ;;
+         *) exec "$real" "$@" ;; esac'
+    changed "$2" "no advice for a key" 'name it' \
+      '"$real" "$@" 2> text; status=$?; sed "s/name it/call it/" text >&2
+       exit "$status"'
+    changed "$2" "no word of byte-order marks" 'byte-order mark' \
+      '"$real" "$@" 2> text; status=$?; sed "s/byte-order//" text >&2
+       exit "$status"'
+    changed "$2" "files of any size" 'larger than' \
+      '"$real" "$@" 2> text; status=$?; grep -v larger text >&2; exit "$status"'
+    changed "$2" "a long help" 'is no screen' \
+      '"$real" "$@" || exit; case $#$* in 2*--help) seq 24 ;; esac'
   }
   must_fail "no program" 'exit status 127' "$0" "$work/none"
   end_self_test
