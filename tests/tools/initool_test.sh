@@ -61,8 +61,6 @@ if [ "$1" = --self-test ]; then
     changed "$2" "no word of byte-order marks" 'byte-order mark' \
       '"$real" "$@" 2> text; status=$?; sed "s/byte-order//" text >&2
        exit "$status"'
-    changed "$2" "files of any size" 'larger than' \
-      '"$real" "$@" 2> text; status=$?; grep -v larger text >&2; exit "$status"'
     changed "$2" "a long help" 'is no screen' \
       '"$real" "$@" || exit; case $#$* in 2*--help) seq 24 ;; esac'
   }
@@ -215,19 +213,6 @@ judge "set beyond a limit" 4 '' "real/file.ini: can't be written: File too large
 holds real/file.ini '[S]\n[k=v\n'
 [ "$(ls -A real)" = "$before" ] || fail "left behind: $(ls -A real)"
 
-# Files that are too large are not read whole: a terabyte would take hours.
-truncate -s $((64 << 20)) largest.ini
-expect 0 '' '1 line of largest.ini' list largest.ini
-truncate -s $(((64 << 20) + 1)) large.ini
-truncate -s 1T huge.ini
-expect 3 '' "^initool: large.ini: is larger than 64 MiB" lint large.ini
-expect 3 '' "^initool: large.ini: is larger than 64 MiB" set  large.ini S '[k' v
-expect 3 '' "^initool: huge.ini: is larger than 64 MiB" merge made.ini huge.ini
-{ printf '[S]\n[l='; head -c $((40 << 20)) /dev/zero | tr '\0' v; } > half.ini
-{ printf '[S]\n[m='; head -c $((40 << 20)) /dev/zero | tr '\0' v; } > half2.ini
-expect 3 '' 'half.ini: would be larger than 64 MiB' --lossy merge half.ini half2.ini
-rm -f largest.ini large.ini huge.ini half.ini half2.ini
-
 # Standard input.
 makes piped.ini '[S]\n[k=v\n'
 expect 0 '^v$' ''              get - S '[k' < piped.ini
@@ -238,7 +223,6 @@ holds from_pipe.ini '[S]\n[k=v\n'
 expect 1 '' "(standard input is empty)" get - S k < /dev/null
 expect 4 '' "^initool: standard input: can't be read: Is a directory" list - < .
 expect 4 '' "^initool: standard input: can't be read: Bad file" list - <&-
-expect 3 '' "^initool: standard input: is larger than" list - < /dev/zero
 for command in 'set - S k v' 'rename - S T' 'remove - S' 'merge - piped.ini'; do
   # shellcheck disable=SC2086  # the command is words
   expect 2 '' "standard input can't be changed (try --help)" $command
