@@ -32,6 +32,15 @@ if(KORVAN_SANITIZE)
     -fsanitize=${KORVAN_SANITIZE})
 endif()
 
+# The same for tests and tools. To compile them takes most of a build's time:
+# several times as much when they are optimised, and half as much again with
+# more debug information than stack traces need. What is shipped is built as
+# Release, and CMAKE_BUILD_TYPE=Debug has all debug information.
+add_library(korvan_quick_build_flags INTERFACE)
+target_compile_options(korvan_quick_build_flags INTERFACE
+  $<$<CONFIG:RelWithDebInfo>:-O0;-g1>)
+target_link_libraries(korvan_quick_build_flags INTERFACE korvan_build_flags)
+
 foreach(flag -fstack-protector-strong -fstack-clash-protection
     -fcf-protection=full -fno-gnu-unique -fno-semantic-interposition -fno-plt)
   string(MAKE_C_IDENTIFIER "KORVAN_HAS${flag}" has_flag)

@@ -4,6 +4,7 @@
 #define KORVAN_TOOLS_INI_TABLE_H_
 
 #include <unistd.h>
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <string>

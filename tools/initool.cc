@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "tools/command_line.h"
 #include "tools/ini_commands.h"
 #include "tools/ini_lint.h"
 #include "tools/ini_source.h"

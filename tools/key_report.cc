@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "tools/blob_conversion.h"
 #include "tools/oid_search.h"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/blob_conversion.h"
+#include "tools/command_line.h"
 #include "tools/key_report.h"
 #include "tools/oid_search.h"
 #include "tools/program.h"

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/command_line.h"
 #include "tools/oid_report.h"
 #include "tools/oid_search.h"
 #include "tools/program.h"

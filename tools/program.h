@@ -1,11 +1,9 @@
-// What the command-line programs have in common: how options are parsed, what
-// a message looks like, which status a program ends with.
+// What the command-line programs have in common: which status a program ends
+// with, what a message looks like, how files are read and written.
 #ifndef KORVAN_TOOLS_PROGRAM_H_
 #define KORVAN_TOOLS_PROGRAM_H_
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
-#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -34,18 +32,6 @@ class Failure : public std::runtime_error {
 
 // How a program presents its results.
 enum class Format { kColumns, kJson, kTsv };
-
-// Adds --version, --json and --tsv to the options of a program, and gives its
-// help the layout that all have. To be called before subcommands are added,
-// which take over the layout. Options name their values by `type_name`,
-// positional arguments are named in capitals.
-void AddCommonOptions(CLI::App& app, Format& format);
-
-// Sets the user's locale, parses the command line and does `work`. Failures and
-// usage errors become one line on standard error. Returns the status for
-// `main`, which is kInputOutput where the output could not be written.
-int Run(CLI::App& app, int argc, char** argv,
-        const std::function<Status()>& work);
 
 // Prints "PROGRAM: text" on standard error. What `text` quotes may hold
 // anything: what is no printable text of the locale is escaped.

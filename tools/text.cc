@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cwchar>
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 namespace korvan::tools {
 

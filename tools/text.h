@@ -3,7 +3,7 @@
 #ifndef KORVAN_TOOLS_TEXT_H_
 #define KORVAN_TOOLS_TEXT_H_
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
