@@ -16,14 +16,14 @@ endfunction()
 # adds the test <name>_can_fail, which runs <script> with --self-test before
 # the same arguments: that breaks what the test looks at, and must see it fail.
 # It finds a compiler in CXX. What it shows is about the script, so one build's
-# run is enough, and the quickest build's. With the label `self_test`,
-# scripts/test knows what need not run again.
+# run is enough, and the quickest build's. scripts/test-more runs what has the
+# label `more`.
 function(korvan_self_test name script)
   if(NOT KORVAN_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_test(NAME ${name}_can_fail
       COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/${script}" --self-test ${ARGN}
       COMMAND_EXPAND_LISTS)
-    set_tests_properties(${name}_can_fail PROPERTIES LABELS self_test
+    set_tests_properties(${name}_can_fail PROPERTIES LABELS more
       SKIP_RETURN_CODE 77 ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
   endif()
 endfunction()
