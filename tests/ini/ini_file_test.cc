@@ -190,6 +190,10 @@ TEST_F(IniFile, FilesAreClosed) {
   EXPECT_EQ(after, before);
 }
 
+// AddressSanitizer takes the stack that a cancelled thread unwinds for one that
+// is in use.
+#ifndef __SANITIZE_ADDRESS__
+
 thread_local int calls_to_cancel = 0;
 
 void CancelAtTheLastCall() {
@@ -214,6 +218,8 @@ TEST_F(IniFile, AThreadThatIsCancelledWhileItLoadsAFileEndsAlone) {
     thread.join();
   }
 }
+
+#endif
 
 }  // namespace
 }  // namespace korvan::test
