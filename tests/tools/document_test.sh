@@ -1,6 +1,6 @@
 #!/bin/sh
 # document_test.sh [--self-test] DOCUMENT DATA PROGRAM...
-# Runs the sessions that DOCUMENT shows, in a folder with the files of DATA, and
+# Runs the commands that DOCUMENT shows, in a folder with the files of DATA, and
 # compares what the programs print with what it shows.
 set -eu
 export LC_ALL=C.UTF-8
@@ -20,7 +20,7 @@ if [ "$1" = --self-test ]; then
   with "a line that nobody prints" '^-  name        XX$' 's/name        CN$/name        XX/' "$@"
   with "another status" '^-7$' 's/^1$/7/' "$@"
   # shellcheck disable=SC2016  # backquotes, as they stand
-  with "no sessions" 'shows no session' 's/^```console/```/' "$@"
+  with "no commands" 'shows no command' 's/^```console/```/' "$@"
   fake "$(basename "$program")" 'echo else'
   must_fail "a program that prints something else" '^+else$' \
     "$0" "$document" "$data" "$@" "$work/$(basename "$program")"
@@ -40,7 +40,7 @@ cp "$data"/*.der "$work/folder"
 # and a shell with -v prints them as it goes.
 awk '/^```console$/ {on = 1; next} /^```$/ {on = 0} on' "$document" \
   > "$work/shown"
-[ -s "$work/shown" ] || { echo "$document shows no session"; exit 1; }
+[ -s "$work/shown" ] || { echo "$document shows no command"; exit 1; }
 sed -n 's/^\$ //p' "$work/shown" > "$work/typed"
 sed 's/^\$ //' "$work/shown" > "$work/wanted"
 cd "$work/folder"
