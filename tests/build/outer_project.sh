@@ -25,6 +25,8 @@ if [ "$1" = --self-test ]; then
   own='settings are not its own'
   breaks "a forced build type" \
     'set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)' "$own"
+  breaks "flags of its own" \
+    'set(CMAKE_CXX_FLAGS_RELEASE "-O2" CACHE STRING "" FORCE)' "$own"
   breaks "BUILD_TESTING" 'option(BUILD_TESTING "")' "$own"
   breaks "a setting that is made when configured again" \
     'if(DEFINED CACHE{seen})
@@ -36,6 +38,7 @@ if [ "$1" = --self-test ]; then
     'does not configure'
   breaks "the dashboard" 'add_custom_target(Nightly)' 'brings the targets'
   breaks "a program" 'add_custom_target(oidinfo)' 'brings the targets'
+  breaks "tests" 'add_custom_target(threaded_tests)' 'brings the targets'
   breaks "an installed file" 'install(FILES README.md DESTINATION doc)' \
     'installed with the outer project'
   end_self_test

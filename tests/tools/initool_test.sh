@@ -13,8 +13,21 @@ if [ "$1" = --self-test ]; then
     changed "$2" "messages where results go" 'wanted none:' '"$real" "$@" 2>&1'
     changed "$2" "failures without a status" 'exit status 0, wanted 1' \
       '"$real" "$@" || exit 0'
+    changed "$2" "one status for all failures" 'exit status 1, wanted 3' \
+      '"$real" "$@" || exit 1'
+    changed "$2" "empty sections not listed, but refused" 'list .* Empty$' \
+      '[ "$*" != "list clean.ini Empty" ] || exit 1; exec "$real" "$@"'
+    changed "$2" "help instead of a change" 'wanted none:' \
+      '[ "$1" != set ] || exec "$real" --help; exec "$real" "$@"'
     changed "$2" "nothing changed" 'clean.ini should hold' \
       '[ "$1" != set ] || exit 0; exec "$real" "$@"'
+    changed "$2" "no --wide" 'no section .имя' \
+      '[ "$1" != --wide ] || shift; exec "$real" "$@"'
+    changed "$2" "no --lossy" '^changed --lossy set' \
+      '[ "$1" != --lossy ] || shift; exec "$real" "$@"'
+    changed "$2" "--lossy unasked" 'exit status 0, wanted 3' \
+      'case $1 in set | rename | remove | merge) exec "$real" --lossy "$@" ;; esac
+       exec "$real" "$@"'
     changed "$2" "a link replaced by the file" 'symbolic links did not stay' \
       '"$real" "$@"; status=$?
        [ ! -L "$2" ] || { cat "$2" > link; rm "$2"; mv link "$2"; }
@@ -24,16 +37,30 @@ if [ "$1" = --self-test ]; then
     changed "$2" "a half of a new file left behind" 'left behind' \
       '"$real" "$@"; status=$?
        case $*$status in *vvv4) : > real/.initool-x ;; esac; exit "$status"'
+    changed "$2" "no word of a limit" 'beyond a limit' \
+      '"$real" "$@"; status=$?; case $*$status in *vvv4) exit 0 ;; esac
+       exit "$status"'
     changed "$2" "CR LF that becomes LF" 'crlf.ini should hold' \
       '"$real" "$@"; status=$?
        case $2 in crlf.ini) tr -d "\r" < "$2" > cut; mv cut "$2" ;; esac
        exit "$status"'
+    changed "$2" "a refusal of several lines" 'wanted' \
+      '"$real" "$@"; status=$?; [ "$status" -ne 2 ] || echo more >&2
+       exit "$status"'
     changed "$2" "control characters on a terminal" 'on the terminal' \
       'case $* in get*values.ini*) "$real" "$@" | cat ;; *) exec "$real" "$@" ;; esac'
+    changed "$2" "colours in spite of NO_COLOR" 'in spite of NO_COLOR' \
+      'unset NO_COLOR; exec "$real" "$@"'
     changed "$2" "no colours" 'no colour' 'NO_COLOR=1 exec "$real" "$@"'
     changed "$2" "other JSON" 'the JSON is' \
       'case $* in *json*values.ini*) "$real" "$@" | sed "s/: null/: 0/" ;;
          *) exec "$real" "$@" ;; esac'
+    changed "$2" "no advice for a key" 'name it' \
+      '"$real" "$@" 2> text; status=$?; sed "s/name it/call it/" text >&2
+       exit "$status"'
+    changed "$2" "no word of byte-order marks" 'byte-order mark' \
+      '"$real" "$@" 2> text; status=$?; sed "s/byte-order//" text >&2
+       exit "$status"'
     changed "$2" "a long help" 'is no screen' \
       '"$real" "$@" || exit; case $#$* in 2*--help) seq 24 ;; esac'
   }

@@ -17,14 +17,24 @@ if [ "$1" = --self-test ]; then
   # shellcheck disable=SC2016  # what the changed program does
   {
     with "no results" 'wanted byte for byte' '"$real" "$@" > /dev/null'
+    with "results where messages go" 'wanted none:' '"$real" "$@" >&2'
     with "messages where results go" 'messages, wanted 1' '"$real" "$@" 2>&1'
     with "failures without a status" 'exit status 0, wanted 3' \
       '"$real" "$@" || exit 0'
+    with "one status for all failures" 'exit status 3, wanted 1' \
+      '"$real" "$@" || exit 3'
+    with "no --out" 'the blob has' '"$real" "$1" ${2+"$2"}'
     with "half a blob" 'the blob has' \
       '"$real" "$@"; status=$?
        [ ! -f blob ] || head -c 50 blob > half && mv half blob
        exit "$status"'
+    with "no --check" 'wanted byte for byte' '"$real" "$1"'
     with "a line less" 'no line with .*magic' '"$real" "$@" | sed /magic/d'
+    with "another public key info" 'is not the one of the certificate' \
+      '"$real" "$@"; status=$?; [ ! -f info ] || echo >> info; exit "$status"'
+    with "one OID where a blob has two" 'no line with' \
+      'case $1 in --from-blob) "$real" "$@" | sed "/    or  /d"; exit ;; esac
+       exec "$real" "$@"'
     with "broken JSON" 'no JSON' \
       'case $1 in --json) "$real" "$@" | sed 1d; exit ;; esac
        exec "$real" "$@"'
@@ -35,6 +45,8 @@ if [ "$1" = --self-test ]; then
       'case $* in evil.der) printf "\033" ;; esac; exec "$real" "$@"'
     with "a crash on garbage" 'ends with status 134' \
       'case $* in garbage) exit 134 ;; esac; exec "$real" "$@"'
+    with "two lines about garbage" 'not one line' \
+      'case $* in garbage) echo more >&2 ;; esac; exec "$real" "$@"'
   }
   must_fail "no program" 'exit status 127' "$0" "$work/none" "$data"
   must_fail "no certificates" 'No such file' "$0" "$program" "$work/none"

@@ -11,16 +11,37 @@ if [ "$1" = --self-test ]; then
   # shellcheck disable=SC2016  # what the changed program does
   {
     changed "$2" "no results" 'wanted name' '"$real" "$@" > /dev/null'
+    changed "$2" "results where messages go" 'wanted none:' '"$real" "$@" >&2'
     changed "$2" "messages where results go" 'wanted none:' '"$real" "$@" 2>&1'
     changed "$2" "failures without a status" 'exit status 0, wanted 1' \
       '"$real" "$@" || exit 0'
+    changed "$2" "one status for all failures" 'exit status 1, wanted 2' \
+      '"$real" "$@" || exit 1'
+    changed "$2" "no group" '--group' '"$real" "$1" ${2+"$2"}'
     changed "$2" "a line less" 'should hold' '"$real" "$@" | sed /marked/d'
+    changed "$2" "a record less" '--all prints 259 lines' \
+      '[ "$1" != --all ] || { "$real" "$@" | sed 260d; exit; }
+       exec "$real" "$@"'
     changed "$2" "no status for a full disk" '> /dev/full' \
       '"$real" "$@"; status=$?
        [ "$status" -ne 4 ] || [ "$1" != --sign ] || exit 0; exit "$status"'
+    changed "$2" "no word of a full disk" '> /dev/full' \
+      '"$real" "$@" 2> messages; status=$?
+       [ "$status" -eq 4 ] && [ "$1" = --all ] || cat messages >&2
+       exit "$status"'
+    changed "$2" "the first match alone" 'wanted 2 of 2' \
+      '[ "$*" != 2.5.4.3 ] || { "$real" "$@" | head -n 5; exit; }
+       exec "$real" "$@"'
     changed "$2" "matches in another order" 'not in the order of the registry' \
       '[ "$*" != "- --tsv" ] || { "$real" "$@" | (read -r line; echo "$line"; tac); exit; }
        exec "$real" "$@"'
+    changed "$2" "no word of what the lookup returns" 'FindOIDInfo returns' \
+      '"$real" "$@" | sed "s/, the one that.*//"'
+    changed "$2" "no suggestions" 'Common Name' \
+      '"$real" "$@" 2> messages; status=$?; sed "s/; is it.*//" messages >&2
+       exit "$status"'
+    changed "$2" "colours all the time" 'should hold' \
+      '"$real" "$@" | sed "s/^1.2/$(printf "\033")[1m&/"'
     changed "$2" "colours never" 'no colours on a terminal' \
       '[ -t 1 ] || exec "$real" "$@"; "$real" "$@" | cat'
     changed "$2" "broken JSON" 'no JSON' \
