@@ -77,6 +77,9 @@ class KeyRun {
   // Limits the memory that a run takes: 32 bytes for each line.
   static constexpr std::size_t kMostLines = std::size_t{1} << 20;
 
+  // How many lines before it is entered the text of a line is fetched.
+  static constexpr std::ptrdiff_t kPrefetchedLines = 8;
+
   // A key line. Its texts lie in the stream's buffer.
   struct KeyLine {
     std::uint64_t order;  // of the names, as far as its bits go
@@ -186,8 +189,8 @@ class KeyRun {
     for (auto line = lines_.begin(); line != lines_.end(); ++line) {
       // The text of a large run is in no cache. It comes in while the lines
       // before are entered.
-      if (constexpr auto kAhead = 8; lines_.end() - line > kAhead) {
-        __builtin_prefetch(line[kAhead].name);
+      if (lines_.end() - line > kPrefetchedLines) {
+        __builtin_prefetch(line[kPrefetchedLines].name);
       }
       String name(line->Name());
       // The first line of a name spells it, the last one gives its value.

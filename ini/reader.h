@@ -103,7 +103,7 @@ class Reader {
   // buffer. Returns false if the stream gives no more lines.
   bool ReadCutLine(Stream& input, View piece) {
     return section_ != nullptr && HoldsNameAndMore(piece)
-               ? ReadNameAndValue(input)
+               ? ReadNameAndValue(input, piece.size() >= kMostForLine)
                : ReadLine(input);
   }
 
@@ -119,11 +119,13 @@ class Reader {
   // keep. To the stream the two calls are one for the whole line, because each
   // begins with a character that the buffer has: neither comes upon the end of
   // the text by itself. If the first fails, so does the second.
-  bool ReadNameAndValue(Stream& input) {
+  bool ReadNameAndValue(Stream& input, bool is_long) {
     String name;
     String value;
     std::getline(input, name, Char{'='});
-    ReserveForValue(*input.rdbuf(), value);
+    if (is_long) {
+      ReserveForValue(*input.rdbuf(), value);
+    }
     if (!std::getline(input, value)) {
       return false;
     }
@@ -188,7 +190,8 @@ class Reader {
     bool is_entered = false;
     try {
       run->Gather(text, line_feed);
-      // The area's text ends within the run.
+      // What is read ahead follows what the area still has, so the run's first
+      // line goes back there.
       GetArea<Char>::TakeUpTo(buffer, text.data());
       while (text.find(line_feed, run->size()) == View::npos &&
              ReadAhead(buffer, kMostForRun)) {
@@ -227,7 +230,7 @@ class Reader {
   static void ReserveForValue(Buffer& buffer, String& value) {
     const View area = GetArea<Char>::Of(buffer);
     ByteFile* const file = AsByteFile(buffer);
-    if (file != nullptr && area.size() >= kMostForLine / 2) {
+    if (file != nullptr) {
       try {
         value.reserve(
             std::min(area.size() + file->BytesAhead(), kMostForValue));
