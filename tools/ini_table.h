@@ -4,9 +4,9 @@
 #define KORVAN_TOOLS_INI_TABLE_H_
 
 #include <unistd.h>
-#include <nlohmann/json.hpp>
 
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -80,15 +80,15 @@ class Table {
   static void PrintTsvLine(const Json& row) {
     const char* between = "";
     for (const Json& field : row) {
-      std::cout << between << TsvField(field);
+      std::cout << between << Written(field);
       between = "\t";
     }
     std::cout << '\n';
   }
 
-  static std::string TsvField(const Json& field) {
+  static std::string Written(const Json& field) {
     if (field.is_string()) {
-      return Escaped(field.get_ref<const std::string&>());
+      return TsvField(field.get_ref<const std::string&>());
     }
     if (field.is_array()) {
       std::string list;
@@ -98,31 +98,6 @@ class Table {
       return list;
     }
     return field.is_null() ? "" : field.dump();
-  }
-
-  // PrintTsv's escapes. It takes no bytes that are no text of the locale; here
-  // these become \xFF.
-  static std::string Escaped(const std::string& text) {
-    std::string escaped;
-    for (const char byte : text) {
-      switch (byte) {
-        case '\t':
-          escaped += "\\t";
-          break;
-        case '\n':
-          escaped += "\\n";
-          break;
-        case '\r':
-          escaped += "\\r";
-          break;
-        case '\\':
-          escaped += "\\\\";
-          break;
-        default:
-          escaped += byte;
-      }
-    }
-    return Printable(escaped);
   }
 
   const bool is_json_;

@@ -77,25 +77,35 @@ void DecodeLocale(std::string_view text, Take take, TakeByte take_byte) {
   }
 }
 
-void AppendField(std::string& line, std::wstring_view field) {
-  for (const wchar_t character : field) {
-    switch (character) {
-      case L'\t':
-        line += "\\t";
-        break;
-      case L'\n':
-        line += "\\n";
-        break;
-      case L'\r':
-        line += "\\r";
-        break;
-      case L'\\':
-        line += "\\\\";
-        break;
-      default:
-        AppendPrintable(line, character);
-    }
+// A character of a field of TSV.
+void AppendEscaped(std::string& field, wchar_t character) {
+  switch (character) {
+    case L'\t':
+      field += "\\t";
+      break;
+    case L'\n':
+      field += "\\n";
+      break;
+    case L'\r':
+      field += "\\r";
+      break;
+    case L'\\':
+      field += "\\\\";
+      break;
+    default:
+      AppendPrintable(field, character);
   }
+}
+
+// `text`, which is in the encoding of the locale, with each character as
+// `append` gives it. Bytes that are none become \xFF.
+template <class Append>
+std::string Converted(std::string_view text, Append append) {
+  std::string converted;
+  DecodeLocale(
+      text, [&](wchar_t character) { append(converted, character); },
+      [&](unsigned int byte) { converted += Formatted("\\x%02X", byte); });
+  return converted;
 }
 
 }  // namespace
@@ -166,20 +176,22 @@ std::string Printable(std::wstring_view text) {
 }
 
 std::string Printable(std::string_view text) {
-  std::string printable;
-  DecodeLocale(
-      text, [&](wchar_t character) { AppendPrintable(printable, character); },
-      [&](unsigned int byte) { printable += Formatted("\\x%02X", byte); });
-  return printable;
+  return Converted(text, AppendPrintable);
+}
+
+std::string TsvField(std::string_view text) {
+  return Converted(text, AppendEscaped);
 }
 
 void PrintTsv(const std::vector<std::wstring>& fields) {
   std::string line;
   for (const std::wstring& field : fields) {
-    if (!line.empty() || &field != &fields.front()) {
+    if (&field != &fields.front()) {
       line += '\t';
     }
-    AppendField(line, field);
+    for (const wchar_t character : field) {
+      AppendEscaped(line, character);
+    }
   }
   std::cout << line << '\n';
 }

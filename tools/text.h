@@ -31,9 +31,12 @@ std::string Printable(std::wstring_view text);
 // \xFF.
 std::string Printable(std::string_view text);
 
-// Prints a line of TSV, in the encoding of the locale. Within a field \t, \n
-// and \r stand for these characters, \\ for the backslash and \u{1B} for what
-// else can't stand there.
+// A field of TSV, of text in the encoding of the locale. \t, \n and \r stand
+// for these characters, \\ for the backslash, \u{1B} for what else can't stand
+// there, and \xFF for a byte that is no text.
+std::string TsvField(std::string_view text);
+
+// Prints a line of TSV, in the encoding of the locale, with such fields.
 void PrintTsv(const std::vector<std::wstring>& fields);
 
 // Prints JSON, in UTF-8.

@@ -71,3 +71,20 @@ makes() {
   # shellcheck disable=SC2059  # the text is the format
   printf -- "$2" > "$1"
 }
+
+# shows PATTERN...: each matches a line of what the program put out.
+shows() {
+  for pattern in "$@"; do
+    grep -q -e "$pattern" out || fail "no line with $pattern in:
+$(cat out)"
+  done
+}
+
+# offered FILE WORD...: what bash offers by the completion FILE with the cursor
+# at the end of the last word, each with a comma.
+offered() {
+  # shellcheck disable=SC2016  # for bash
+  bash -c '. "$1"; shift; COMP_WORDS=("$@")
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+    "_${1##*/}"; printf "%s," "${COMPREPLY[@]}"' bash "$@" 2>&1
+}

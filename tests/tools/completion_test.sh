@@ -31,18 +31,15 @@ program=$1 completions=$2
 . "$(dirname "$0")/../support/program_test.sh"
 PATH=$(dirname "$program"):$PATH
 
-# offers OFFERED WORD...: with the cursor at the end of the last word, bash
-# offers OFFERED, of a long list the beginning.
+# offers WANTED WORD...: with the cursor at the end of the last word, bash
+# offers WANTED, of a long list the beginning.
 offers() {
-  offered=$1 call="$*"
+  wanted=$1 call="$*"
   shift
-  # shellcheck disable=SC2016  # for bash
-  shown=$(bash -c '. "$1/$2"; shift; COMP_WORDS=("$@")
-    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
-    "_$1"; printf "%s," "${COMPREPLY[@]}"' bash "$completions" "$@" 2>&1)
+  shown=$(offered "$completions/$1" "$@")
   case $shown in
-    "$offered"*) ;;
-    *) fail "bash offers '$shown', not '$offered': $call" ;;
+    "$wanted"*) ;;
+    *) fail "bash offers '$shown', not '$wanted': $call" ;;
   esac
 }
 offers '--group,'                       oidinfo --g

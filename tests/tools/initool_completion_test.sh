@@ -31,18 +31,14 @@ program=$1 completion=$2
 # shellcheck source=tests/support/program_test.sh
 . "$(dirname "$0")/../support/program_test.sh"
 
-# offers OFFERED WORD...: with the cursor at the end of the last word, bash
-# offers OFFERED.
+# offers WANTED WORD...: with the cursor at the end of the last word, bash
+# offers WANTED.
 offers() {
-  offered=$1
+  wanted=$1
   shift
-  # shellcheck disable=SC2016  # for bash
-  shown=$(bash -c '. "$1"; shift; COMP_WORDS=("$@")
-    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
-    _initool; printf "%s," "${COMPREPLY[@]}"' bash "$completion" "$program" \
-    "$@" 2>&1)
-  [ "$shown" = "$offered" ] ||
-    fail "bash offers '$shown', not '$offered': initool $*"
+  shown=$(offered "$completion" "$program" "$@")
+  [ "$shown" = "$wanted" ] ||
+    fail "bash offers '$shown', not '$wanted': initool $*"
 }
 makes one.ini '[Main]\n[key=v\n[kind=w\n[Two words]\n[k"=1\n[Empty]\n'
 makes second.ini ''

@@ -56,14 +56,6 @@ program=$1 data=$2 here=$(cd "$(dirname "$0")" && pwd)
 # shellcheck source=tests/support/program_test.sh
 . "$(dirname "$0")/../support/program_test.sh"
 
-# shows PATTERN...: each matches a line of the last output.
-shows() {
-  for pattern in "$@"; do
-    grep -q -e "$pattern" out || fail "no line with $pattern in:
-$(cat out)"
-  done
-}
-
 # A certificate's key to a blob, and the way back.
 gost=$data/gost2001-A.der
 expect 0 'byte for byte' '' "$gost" --check --out blob

@@ -61,14 +61,6 @@ program=$1 here=$(cd "$(dirname "$0")" && pwd)
 # shellcheck source=tests/support/program_test.sh
 . "$(dirname "$0")/../support/program_test.sh"
 
-# shows PATTERN...: each matches a line of the last output.
-shows() {
-  for pattern in "$@"; do
-    grep -q -e "$pattern" out || fail "no line with $pattern in:
-$(cat out)"
-  done
-}
-
 # The kind of key follows from its form, or from an option.
 expect 0 'name  *GOST R 34.10-2001'  '' 1.2.643.2.2.19 --group 3
 holds out '1.2.643.2.2.19: 1 of 1, the one that FindOIDInfo returns
