@@ -37,16 +37,26 @@ inline Bytes ModelKey(const Bytes& bits) {
   return Bytes(begin, begin + static_cast<std::ptrdiff_t>(content));
 }
 
-inline Bytes LittleEndian(unsigned int number) {
-  return {static_cast<unsigned char>(number),
-          static_cast<unsigned char>(number >> 8),
-          static_cast<unsigned char>(number >> 16),
-          static_cast<unsigned char>(number >> 24)};
-}
-
 inline Bytes ModelHeader(unsigned int algorithm, unsigned int bits) {
-  return Bytes{0x06, 0x20, 0, 0} + LittleEndian(algorithm) +
-         Bytes{'M', 'A', 'G', '1'} + LittleEndian(bits);
+  const auto octet = [](unsigned int number, int shift) {
+    return static_cast<unsigned char>(number >> shift);
+  };
+  return {0x06,
+          0x20,
+          0,
+          0,
+          octet(algorithm, 0),
+          octet(algorithm, 8),
+          octet(algorithm, 16),
+          octet(algorithm, 24),
+          'M',
+          'A',
+          'G',
+          '1',
+          octet(bits, 0),
+          octet(bits, 8),
+          octet(bits, 16),
+          octet(bits, 24)};
 }
 
 inline Bytes ModelBlob(unsigned int algorithm, const Bytes& parameters,

@@ -1,6 +1,7 @@
 // The rule that tells which keys are unwrapped, over every shape of header.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "pubkey/conversions.h"
@@ -18,10 +19,11 @@ Bytes KeyOf(const Bytes& bits) {
   info.PublicKey.pbData = room.Place(bits);
   const Converted call = Convert(info);
   EXPECT_EQ(call.result, 1);
-  const Bytes blob = call.blob.value();
-  EXPECT_EQ(Bytes(blob.begin(), blob.begin() + 16),
-            ModelHeader(0x2E23, (SizeOf(blob) - 16) * 8));
-  return Bytes(blob.begin() + 16, blob.end());
+  Bytes blob = call.blob.value();
+  const Bytes header = ModelHeader(0x2E23, (SizeOf(blob) - 16) * 8);
+  EXPECT_TRUE(std::equal(header.begin(), header.end(), blob.begin()));
+  blob.erase(blob.begin(), blob.begin() + 16);
+  return blob;
 }
 
 TEST(UnwrapRule, AnOctetStringThatFillsTheKeyIsUnwrapped) {
@@ -112,9 +114,10 @@ std::vector<Bytes> HeadersOf(unsigned int length) {
 TEST(UnwrapRule, EveryLengthAndFormOfHeaderIsUnwrappedAsTheModelDoes) {
   int unwrapped = 0;
   for (unsigned int n = 0; n <= 300; ++n) {
+    const Bytes content = Counted(n);
     for (unsigned int length = n < 8 ? 0 : n - 8; length <= n + 2; ++length) {
       for (const Bytes& header : HeadersOf(length)) {
-        Bytes bits = header + Counted(n);
+        Bytes bits = header + content;
         bits.resize(n);
         const Bytes key = ModelKey(bits);
         ASSERT_EQ(KeyOf(bits), key)
