@@ -47,7 +47,8 @@ KORVAN = Project(
         Round("release", _RELEASE, suffix="_under_valgrind"),
         # The sanitizers reserve more memory than any limit allows. What takes
         # all memory has failed in the first round.
-        Round("asan", ("--preset", "asan", *_MUTABLE),
+        Round("asan",
+              ("--preset", "asan", "-DCMAKE_CXX_COMPILER=g++", *_MUTABLE),
               lacks=("oid_fork_test",), limits_memory=False),
     ),
     folders={

@@ -3,10 +3,10 @@
 
 #include <cstdlib>
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef KORVAN_TEST_ADDRESS_SANITIZER
 // The C library never frees what it makes of LOCPATH for a built-in locale.
 extern "C" const char* __lsan_default_suppressions();
-const char* __lsan_default_suppressions() { return "leak:__argz_add_sep"; }
+const char* __lsan_default_suppressions() { return "leak:argz_add_sep"; }
 #endif
 
 int main(int argc, char** argv) {
