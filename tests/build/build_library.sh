@@ -1,7 +1,8 @@
 #!/bin/sh
 # build_library.sh [--self-test] CMAKE COMPILER SOURCE_DIR WORK_DIR FLAGS
 # Builds the library alone with FLAGS, every warning an error, and installs it
-# to WORK_DIR/installed.
+# to WORK_DIR/installed. What WORK_DIR has of an earlier build, which passed, is
+# not built again.
 set -eu
 
 if [ "$1" = --self-test ]; then
@@ -15,6 +16,7 @@ if [ "$1" = --self-test ]; then
   built() {
     quick_compiler "$compiler" "$source" "$1"
     shift
+    rm -rf "$work/build"
     "$script" "$cmake" "$work/compiler" "$source" "$work/build" "$flags $*"
   }
   must_pass "an empty library" built :
@@ -28,8 +30,10 @@ if [ "$1" = --self-test ]; then
 fi
 cmake=$1 compiler=$2 source=$3 work=$4 flags=$5
 
-rm -rf "$work"
 mkdir -p "$work"
+rm -rf "$work/installed"
+# Whoever warns once must not be passed over because nothing is left to do.
+trap '[ $? -eq 0 ] || rm -rf "$work/build"' EXIT
 "$cmake" -S "$source" -B "$work/build" -G Ninja \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release \
   -DCMAKE_CXX_FLAGS_RELEASE="$flags" -DKORVAN_WARNINGS_AS_ERRORS=ON \
