@@ -2,6 +2,7 @@
 #include "tools/command_line.h"
 
 #include <fcntl.h>
+#include <korvan/version.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -140,7 +141,7 @@ void AddCommonOptions(CLI::App& app, Format& format) {
   app.formatter(std::make_shared<HelpLayout>());
   app.set_help_flag("--help", "Print this, and exit");
   app.set_version_flag("--version",
-                       app.get_name() + " (korvan) " KORVAN_TOOLS_VERSION,
+                       app.get_name() + " (korvan) " KORVAN_VERSION,
                        "Print the version, and exit");
   auto* const json =
       app.add_flag_callback("--json", [&] { format = Format::kJson; })

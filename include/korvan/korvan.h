@@ -10,5 +10,6 @@
 #include <korvan/public_key.h>
 #include <korvan/string_resources.h>
 #include <korvan/text.h>
+#include <korvan/version.h>
 
 #endif  // KORVAN_KORVAN_H_

@@ -45,7 +45,9 @@ for program; do
   printf '%s\n' "./$bin/$program" "./$man/man1/$program.1" \
     "./$data/bash-completion/completions/$program"
 done | sort > "$work/wanted"
-(cd "$work/alone" && find . -type f) | sort | diff "$work/wanted" - ||
+# CMake's description of the programs is its own affair.
+(cd "$work/alone" && find . -type f ! -name 'korvan-tools-targets*.cmake') |
+  sort | diff "$work/wanted" - ||
   { echo "< belongs to the component tools, > is installed"; exit 1; }
 
 "$cmake" --install "$build" --prefix "$work/installed" > /dev/null
