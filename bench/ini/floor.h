@@ -38,15 +38,19 @@ inline int Opened(const std::string& path, int flags) {
   return descriptor;
 }
 
-// Reads a file in blocks, and looks at none. Ends the program unless the file
-// has `size` bytes.
-inline void ReadInBlocks(const std::string& path, std::size_t size) {
-  static char block[std::size_t{1} << 16];
+constexpr std::size_t kBlock = std::size_t{1} << 16;
+
+// Reads a file in blocks of kBlock bytes, looks at none, and tells `take` how
+// many bytes each has. Ends the program unless the file has `size` bytes.
+template <class Take>
+void ReadInBlocks(const std::string& path, std::size_t size, Take take) {
+  static char block[kBlock];
   const int descriptor = Opened(path, O_RDONLY);
   std::size_t total = 0;
   ssize_t taken = 0;
   while ((taken = read(descriptor, block, sizeof block)) > 0) {
     total += static_cast<std::size_t>(taken);
+    take(static_cast<std::size_t>(taken));
   }
   close(descriptor);
   if (total != size) {
@@ -108,7 +112,7 @@ class Floor {
   }
 
   void LoadFile(Source<Char>& source, const std::string& path) {
-    ReadInBlocks(path, source.bytes().size());
+    ReadInBlocks(path, source.bytes().size(), [](std::size_t) {});
     Load(source);
   }
 
