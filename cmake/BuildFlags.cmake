@@ -8,6 +8,9 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# What is built must not depend on where it is built: debug information names
+# the sources from here, and libraries are found from where the program is.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND
     NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
@@ -22,7 +25,9 @@ set(KORVAN_SANITIZE "" CACHE STRING
 # What holds for programs and libraries alike.
 add_library(korvan_build_flags INTERFACE)
 target_compile_options(korvan_build_flags INTERFACE ${KORVAN_WARNINGS}
-  $<$<BOOL:${KORVAN_WARNINGS_AS_ERRORS}>:-Werror>)
+  $<$<BOOL:${KORVAN_WARNINGS_AS_ERRORS}>:-Werror>
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=."
+  "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build")
 if(KORVAN_SANITIZE)
   target_compile_options(korvan_build_flags INTERFACE
     -fsanitize=${KORVAN_SANITIZE} -fno-sanitize-recover=all
