@@ -40,16 +40,8 @@ if [ -n "$strangers" ]; then
   printf 'not under version "%s":\n%s\n' "$version" "$strangers"
   exit 1
 fi
-# Standard strings and streams by their short names, which are the same with
-# both of the C++ library's string types. A constructor or a destructor has two
-# symbols, so its name stands twice.
-printf '%s\n' "$exported" | sed 's/@@.*//' | c++filt |
-  sed -e 's/std::__cxx11::/std::/g' -e 's/\[abi:cxx11\]//g' \
-    -e 's/std::basic_string<char,[^>]*>, std::allocator<char> >/std::string/g' \
-    -e 's/std::basic_string<wchar_t,[^>]*>, std::allocator<wchar_t> >/std::wstring/g' \
-    -e 's/std::basic_\([io]stream\)<char, std::char_traits<char> >/std::\1/g' \
-    -e 's/std::basic_\([io]stream\)<wchar_t, std::char_traits<wchar_t> >/std::w\1/g' |
-  sort | diff -u "$list" - || {
+printf '%s\n' "$exported" | sed 's/@@.*//' | "$(dirname "$0")/short_names.sh" |
+  diff -u "$list" - || {
   echo "the exported symbols are not those of $list"
   exit 1
 }
