@@ -45,8 +45,8 @@ END
 fi
 compiler=$1 installed=$2 libdir=$2/$3
 
-rm -f "$installed/throwing_host"
+rm -f "$installed.throwing_host"
 "$compiler" -std=c++17 -Wall -Wextra -Werror "$(dirname "$0")/throwing_host.cc" \
   -I"$installed/include" -L"$libdir" -lkorvan -lkorvan_platform \
-  -Wl,-rpath,"$libdir" -o "$installed/throwing_host"
-"$installed/throwing_host"
+  -Wl,-rpath,"$libdir" -o "$installed.throwing_host"
+"$installed.throwing_host"
