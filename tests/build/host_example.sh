@@ -33,7 +33,8 @@ rm -rf "$work"
 mkdir -p "$work"
 {
   "$cmake" -S "$example" -B "$work/build" -G Ninja \
-    -DCMAKE_CXX_COMPILER="$compiler" && "$cmake" --build "$work/build"
+    -DCMAKE_CXX_COMPILER="$compiler" -DKORVAN_INSTALL=ON &&
+    "$cmake" --build "$work/build"
 } > "$work/log" 2>&1 || { cat "$work/log"; exit 1; }
 if [ -n "$(find "$work/build" -name 'libkorvan_platform*')" ]; then
   echo "the platform is bundled"
