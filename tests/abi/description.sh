@@ -4,6 +4,14 @@
 # the file DESCRIPTION states: its functions, and the layouts of the types that
 # the folder HEADERS shows to programs. docs/abi.md tells what may change when.
 set -eu
+# describe ABIDW HEADERS LIBRARY: prints the description or, with echo set, the
+# command that does.
+describe() {
+  ${echo-} "$1" --headers-dir "$2" --exported-interfaces-only \
+    --no-corpus-path --no-comp-dir-path --no-show-locs --drop-private-types \
+    --no-parameter-names "$3"
+}
+
 if [ "$1" = --self-test ]; then
   abidw=$2 abidiff=$3 headers=$4 description=$6
   # shellcheck source=tests/support/self_test.sh
@@ -24,9 +32,7 @@ if [ "$1" = --self-test ]; then
     "$0" "$abidw" "$abidiff" "$work/headers" "$work/library.so" "$work/abi"
   }
   built 'int one_;' ''
-  "$abidw" --headers-dir "$work/headers" --exported-interfaces-only \
-    --no-corpus-path --no-comp-dir-path --no-show-locs --drop-private-types \
-    --no-parameter-names "$work/library.so" > "$work/abi"
+  describe "$abidw" "$work/headers" "$work/library.so" > "$work/abi"
   must_pass "nothing changed" judged
   built 'int one_; int two_ = 2;' ''
   must_fail "a member more" 'type size changed from 32 to 64' judged
@@ -43,12 +49,9 @@ abidw=$1 abidiff=$2 headers=$3 library=$4 description=$5
 [ -f "$description" ] || { echo "$description: No such file"; exit 1; }
 now=$(mktemp)
 trap 'rm -f "$now"' EXIT
-set -- "$abidw" --headers-dir "$headers" --exported-interfaces-only \
-  --no-corpus-path --no-comp-dir-path --no-show-locs --drop-private-types \
-  --no-parameter-names "$library"
-"$@" > "$now"
+describe "$abidw" "$headers" "$library" > "$now"
 "$abidiff" "$description" "$now" || {
   echo "The ABI is not the stored one. If docs/abi.md allows the change:"
-  echo "  $* > $description"
+  echo "  $(echo="echo" describe "$abidw" "$headers" "$library") > $description"
   exit 1
 }
