@@ -200,11 +200,12 @@ class KeyRun {
       }
       // At the end all keys that are there come before this name.
       if (place != keys_.end()) {
-        if (changed != nullptr && CompareNames(*changed, name) >= 0) {
+        const auto [first, is_there] = FirstNotBefore(place, name);
+        place = first;
+        if (place != keys_.end() && &place->first == changed) {
           return false;
         }
-        place = FirstNotBefore(place, name);
-        if (place != keys_.end() && CompareNames(place->first, name) == 0) {
+        if (is_there) {
           new_values_.push_back({place->second, String(line->Value())});
           changed = &place->first;
           continue;
@@ -230,17 +231,19 @@ class KeyRun {
     return keys.rbegin()->second == last;
   }
 
-  // The first key from `place` on whose name is not before `name`. Most names
-  // of a large run are few steps apart.
-  typename Keys::iterator FirstNotBefore(typename Keys::iterator place,
-                                         const String& name) {
-    for (int step = 0; step < 8; ++step) {
-      if (place == keys_.end() || CompareNames(place->first, name) >= 0) {
-        return place;
+  // The first key from `place` on whose name is not before `name`, and whether
+  // that is its name. Most names of a large run are few steps apart.
+  std::pair<typename Keys::iterator, bool> FirstNotBefore(
+      typename Keys::iterator place, const String& name) {
+    for (int step = 0; step < 8 && place != keys_.end(); ++step, ++place) {
+      const int difference = CompareNames(place->first, name);
+      if (difference >= 0) {
+        return {place, difference == 0};
       }
-      ++place;
     }
-    return keys_.lower_bound(name);
+    place = keys_.lower_bound(name);
+    return {place,
+            place != keys_.end() && CompareNames(place->first, name) == 0};
   }
 
   // Nothing here allocates or throws.

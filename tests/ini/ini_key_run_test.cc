@@ -4,6 +4,7 @@
 #include <rapidcheck.h>
 #include <sys/stat.h>
 
+#include <clocale>
 #include <cstddef>
 #include <iterator>
 #include <random>
@@ -267,6 +268,57 @@ TEST(IniKeyRun, ADocumentWhoseLocaleChangedLosesNothingAndLeaksNothing) {
     EXPECT_GE(file.GetSection("Main"_t)->GetKeys().size(), 102u);
   }
   EXPECT_EQ(LiveBlocks(), live);
+}
+
+// Gives its text in two pieces, and changes the locale before the second.
+class LocaleChangingInput : public PiecewiseInput {
+ public:
+  LocaleChangingInput(const String& first, const String& second,
+                      const char* locale)
+      : PiecewiseInput(first + second, {first.size(), second.size()}),
+        first_size_(first.size()),
+        locale_(locale) {}
+
+ protected:
+  Traits::int_type underflow() override {
+    if (Consumed() == first_size_) {
+      std::setlocale(LC_ALL, locale_);
+    }
+    return PiecewiseInput::underflow();
+  }
+
+ private:
+  std::size_t first_size_;
+  const char* locale_;
+};
+
+TEST(IniKeyRun, ALocaleThatChangesWhileATextIsReadLosesNoValue) {
+  const CLocale locale("C");
+  for (const char* const changed : {"tr_TR.UTF-8", "C"}) {
+    File file;
+    {
+      const CLocale document_locale(changed);
+      for (const char* const name : {"[h", "[I", "[j"}) {
+        file.AddSection("Main"_t)->AddKey(Text(name));
+      }
+    }
+    std::string lines;
+    for (int i = 0; i < 20; ++i) {
+      for (const char* const name : {"[j=", "[h=", "[I="}) {
+        lines += name + std::to_string(i) + "\n";
+      }
+    }
+    // In Turkish, "I" stands before "h" as a byte and behind "j" as a
+    // character, in the locale of the first run between them.
+    LocaleChangingInput buffer(Text("[First]\n[b=1\n[a=2\n"),
+                               Text("[Main]\n" + lines), changed);
+    InputStream input(&buffer);
+    file.Load(input, true);
+    EXPECT_EQ(Shown(file.GetKeyValue("Main"_t, "[h"_t)), "19") << changed;
+    EXPECT_EQ(Shown(file.GetKeyValue("Main"_t, "[I"_t)), "19") << changed;
+    EXPECT_EQ(Shown(file.GetKeyValue("Main"_t, "[j"_t)), "19") << changed;
+    EXPECT_EQ(file.GetSection("Main"_t)->GetKeys().size(), 3u) << changed;
+  }
 }
 
 }  // namespace
