@@ -2,11 +2,6 @@
 /// The OID registry: 259 records in nine groups that translate between dotted
 /// OIDs, display names and algorithm identifiers.
 ///
-///     char oid[] = "1.2.643.2.2.19";
-///     korvan::COidData* found = korvan::FindOIDInfo(
-///         CRYPT_OID_INFO_OID_KEY, oid, CRYPT_PUBKEY_ALG_OID_GROUP_ID);
-///     // found->Algid is 0x2E23, found->pwszName L"GOST R 34.10-2001"
-///
 /// Names. Many records are named by a number of the string table
 /// (<korvan/string_resources.h>). Such a number, 1 to 0xFFFF, stands in
 /// `pwszName` until a lookup first needs the name; then the lookup loads the
@@ -93,7 +88,17 @@ KORVAN_API extern const OID_TABLE_INFO oid_registry[9];
 
 /// Finds the first record that matches a key, in one group or in all.
 ///
-/// @param dwKeyType  what `pvKey` points to:
+///     char oid[] = "1.2.643.2.2.19";
+///     const korvan::COidData* found = korvan::FindOIDInfo(
+///         CRYPT_OID_INFO_OID_KEY, oid, CRYPT_PUBKEY_ALG_OID_GROUP_ID);
+///     assert(found != nullptr && found->Algid == 0x2E23);
+///
+/// A search by name loads the name of every record that it passes, up to and
+/// including the match; a search by name in all groups that finds nothing
+/// loads every name there is.
+///
+/// @param dwKeyType  what `pvKey` points to, as in CryptoAPI's
+///                   `CryptFindOIDInfo`; any other value matches nothing:
 ///   - 1, `CRYPT_OID_INFO_OID_KEY`: a NUL-terminated dotted OID, compared byte
 ///     for byte;
 ///   - 2, `CRYPT_OID_INFO_NAME_KEY`: a NUL-terminated wide name, compared
@@ -103,38 +108,50 @@ KORVAN_API extern const OID_TABLE_INFO oid_registry[9];
 ///     the public key. RECORDS WITHOUT EXTRA INFORMATION COUNT AS 0 in the
 ///     second: {0x8004, 0} finds the hash "sha1".
 ///
-///   Any other value matches nothing.
 /// @param pvKey      the key; only read. Null matches nothing.
 /// @param dwGroupId  id of the group to search, 0 for all in the order of
 ///                   `oid_registry`. The top bit,
 ///                   `CRYPT_OID_DISABLE_SEARCH_DS_FLAG`, is ignored.
-/// @return the first record in array order that matches, its name resolved; it
-///         belongs to the registry and is valid until the library is unloaded.
-///         Null when there is none.
-///
-/// A search by name loads the name of every record that it passes, up to and
-/// including the match; a search by name in all groups that finds nothing
-/// loads every name there is.
-///
-/// @throws std::bad_alloc when allocation for a name fails.
-///
-/// Any thread may call it, see the head of this file. It sets no last-error
-/// code but the 87 of a missing text. Key types and group ids are CryptoAPI's,
-/// as for its `CryptFindOIDInfo`.
+/// @return the first record in array order that matches, its name resolved;
+///         null when there is none.
+/// @par Errors
+/// Null, and no last-error code but the 87, `ERROR_INVALID_PARAMETER`,
+/// that a name without a text leaves behind.
+/// @par Ownership
+/// The record belongs to the registry, and so does all that it
+/// points to. It is valid until the library is unloaded.
+/// @threads{Any thread at any time, but not while `CleanupOidInfo` runs.}
+/// @throws std::bad_alloc when allocation for a name fails: that name then
+///         stays null for good.
 KORVAN_API COidData* FindOIDInfo(unsigned int dwKeyType, void* pvKey,
                                  unsigned int dwGroupId);
 
 /// Does what `FindOIDInfo` does; that one only calls it.
 ///
+///     wchar_t text[] = L"common name";
+///     const korvan::COidData* named =
+///         korvan::FindOIDInfoInternal(CRYPT_OID_INFO_NAME_KEY, text, 0);
+///     assert(named != nullptr && std::strcmp(named->pszOID, "2.5.4.3") == 0);
+///
 /// @param dwKeyType  as for `FindOIDInfo`.
 /// @param pvKey      as for `FindOIDInfo`.
 /// @param dwGroupId  as for `FindOIDInfo`.
 /// @return as `FindOIDInfo`.
-/// @throws std::bad_alloc when allocation for a name fails.
+/// @errors{As for `FindOIDInfo`.}
+/// @ownership{As for `FindOIDInfo`.}
+/// @threads{As for `FindOIDInfo`.}
+/// @throws std::bad_alloc as `FindOIDInfo`.
 KORVAN_API COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
                                          unsigned int dwGroupId);
 
 /// Finds the first record of one table that matches a key.
+///
+///     char own_oid[] = "2.999.1";
+///     korvan::COidData own = {};
+///     own.pszOID = own_oid;
+///     own.pwszName = L"An algorithm of our own";
+///     const korvan::OID_TABLE_INFO table = {3, 1, &own};
+///     assert(korvan::FindOIDInfoInternal(table, 1, own_oid) == &own);
 ///
 /// @param table      the table: one of `oid_registry`, or a caller's own. Its
 ///                   group id is not looked at. A table with no records, by
@@ -142,60 +159,80 @@ KORVAN_API COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
 /// @param dwKeyType  as for `FindOIDInfo`.
 /// @param pvKey      as for `FindOIDInfo`; null matches nothing.
 /// @return the first record in array order that matches, its name resolved;
-///         null when there is none. Names loaded into a caller's own records
-///         are the caller's, see `InitOidInfoWorker`.
+///         null when there is none.
+/// @errors{As for `FindOIDInfo`.}
+/// @par Ownership
+/// The record is the table's. Names loaded into a caller's own
+/// records are the caller's, see `InitOidInfoWorker`.
+/// @threads{As for `FindOIDInfo`.}
 /// @throws std::bad_alloc when allocation for a name fails.
-///
-/// Threads and the last error are as for `FindOIDInfo`.
 KORVAN_API COidData* FindOIDInfoInternal(const OID_TABLE_INFO& table,
                                          unsigned int dwKeyType, void* pvKey);
 
 /// Tells whether a record matches a key.
+///
+///     ALG_ID wanted = CALG_RSA_KEYX;
+///     korvan::COidData& first = korvan::oid_registry[2].rgRecords[0];
+///     assert(!korvan::MatchOidInfo(first, CRYPT_OID_INFO_ALGID_KEY, &wanted));
+///
+/// With key type 2, a number in the record's name is first replaced by its
+/// text, as `InitOidInfoWorker` does; no other key type loads a name.
 ///
 /// @param record     the record: one of the registry's, or a caller's own.
 /// @param dwKeyType  as for `FindOIDInfo`.
 /// @param pvKey      as for `FindOIDInfo`; null matches nothing.
 /// @return true when the record matches. A record without an OID matches no
 ///         OID, one without a name no name.
-///
-/// With key type 2, a number in the record's name is first replaced by its
-/// text, as `InitOidInfoWorker` does; no other key type loads a name.
-///
+/// @errors{As for `FindOIDInfo`.}
+/// @ownership{As for `InitOidInfoWorker`, where it loads a name.}
+/// @threads{As for `FindOIDInfo`.}
 /// @throws std::bad_alloc when allocation for a name fails.
-///
-/// Threads and the last error are as for `FindOIDInfo`.
 KORVAN_API bool MatchOidInfo(COidData& record, unsigned int dwKeyType,
                              void* pvKey);
 
 /// Gives a record the name that has a number in the string table.
 ///
-/// @param record       the record: one of the registry's, or a caller's own.
-/// @param uResourceId  number of the text, see <korvan/string_resources.h>.
+///     korvan::COidData mine = {};
+///     korvan::InitOidInfoWorker(mine, 8048);
+///     assert(std::wcscmp(mine.pwszName, L"Common Name") == 0);
+///     delete[] mine.pwszName;
 ///
 /// Afterwards bit 0x2 of `dwOidFlags` is set, and `pwszName` is the text, as a
 /// `new[]` array that ends in a zero; or null, when no text has that number,
 /// when the current C locale can't convert it, or when an exception passes.
-/// WHAT `pwszName` HELD BEFORE IS NOT FREED.
+/// The lookups call this themselves.
 ///
-/// `CleanupOidInfo` frees the name of a registry's record. The name of a
-/// caller's own record belongs to the caller, who frees it with `delete[]`.
-///
+/// @param record       the record: one of the registry's, or a caller's own.
+/// @param uResourceId  number of the text, see <korvan/string_resources.h>.
+/// @par Errors
+/// A missing text leaves the name null and the last error at 87,
+/// `ERROR_INVALID_PARAMETER`.
+/// @par Ownership
+/// WHAT `pwszName` HELD BEFORE IS NOT FREED. `CleanupOidInfo` frees
+/// the name of a registry's record. The name of a caller's own record belongs
+/// to the caller, who frees it with `delete[]`.
+/// @par Threads
+/// Any thread, but NOTHING ELSE MAY USE THE SAME RECORD meanwhile.
+/// (The lookups take care of that for themselves.)
 /// @throws std::bad_alloc when allocation for the name fails.
-///
-/// The lookups call this themselves, safely on any number of threads. A direct
-/// call must not overlap another use of the same record. A missing text sets
-/// the last error to 87, `ERROR_INVALID_PARAMETER`.
 KORVAN_API void InitOidInfoWorker(COidData& record, unsigned int uResourceId);
 
 /// Frees every name that was loaded into the registry's records.
 ///
+///     korvan::CleanupOidInfo();
+///     assert(named->pwszName == nullptr);
+///
 /// A record whose name was loaded, or whose load failed, HAS NO NAME FROM THEN
 /// ON and never loads it again; a record that was not yet used keeps its
-/// number and loads normally. Calling it again does nothing.
+/// number and loads normally. Calling it again does nothing. The library calls
+/// it when it is unloaded or the process exits; others need not.
 ///
-/// It cannot fail, sets no last-error code, and must not overlap any lookup or
-/// any use of a name that a lookup returned. The library calls it when it is
-/// unloaded or the process exits; others need not.
+/// @errors{None; the last-error code stays.}
+/// @ownership{Names that a lookup returned are gone.}
+/// @par Threads
+/// NO LOOKUP, and no use of a name that a lookup returned, may overlap
+/// it.
+/// @nothrow
 KORVAN_API void CleanupOidInfo();
 
 /// Calls `CleanupOidInfo` when it is destroyed. The library holds one, whose
@@ -203,6 +240,13 @@ KORVAN_API void CleanupOidInfo();
 class KORVAN_API COidInfoCleanupHelper {
  public:
   /// Calls `CleanupOidInfo`.
+  ///
+  ///     { const korvan::COidInfoCleanupHelper cleanup; }
+  ///
+  /// @errors{As for `CleanupOidInfo`.}
+  /// @ownership{As for `CleanupOidInfo`.}
+  /// @threads{As for `CleanupOidInfo`.}
+  /// @nothrow
   ~COidInfoCleanupHelper();
 };
 

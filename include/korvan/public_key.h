@@ -1,13 +1,6 @@
 /// @file
 /// A certificate's public key to the provider's key blob, and back.
 ///
-///     unsigned char* blob = nullptr;
-///     unsigned int size = 0;
-///     if (korvan::KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size)) {
-///       // `size` bytes at `blob` go to the provider
-///       free(blob);
-///     }
-///
 /// The blob: `PUBLICKEYSTRUC` with type 0x06 and version 0x20, the four bytes
 /// "MAG1", the key's length in bits as a 32-bit number, the algorithm's
 /// parameters as they are encoded, the key. Numbers are little-endian. The
@@ -34,12 +27,25 @@ namespace korvan {
 
 /// Makes a key blob of a certificate's public key.
 ///
+///     unsigned char key[66] = {0x04, 0x40};  // an OCTET STRING of 64 bytes
+///     char oid[] = "1.2.643.2.2.19";
+///     CERT_PUBLIC_KEY_INFO info = {};
+///     info.Algorithm.pszObjId = oid;
+///     info.PublicKey = {sizeof(key), key, 0};
+///     unsigned char* blob = nullptr;
+///     unsigned int size = 0;
+///     if (korvan::KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size)) {
+///       assert(size == 16 + 64);  // at `blob`, for the provider
+///       std::free(blob);
+///     }
+///
 /// The key in the blob is the bit string's content; where that is a primitive
 /// OCTET STRING whose content is 2 or 3 bytes shorter, it is the OCTET
 /// STRING's content. So the 64-byte GOST R 34.10-2001 key behind `04 40` and
 /// the 128-byte key behind `04 81 80` are unwrapped; a key with a longer
 /// header, an RSA key, or anything malformed is taken whole, and is no error.
-/// The bytes are never reversed, the parameters never looked at.
+/// The bytes are never reversed, the parameters never looked at. A `bitLen` of
+/// 2^32 or more, of a key of 512 MiB, keeps its lower 32 bits.
 ///
 /// @param uUnused1  not read.
 /// @param info      the public key info; only read. Must not be null.
@@ -54,7 +60,7 @@ namespace korvan {
 ///                  null on failure. Must not be null, and is not checked.
 /// @param pcbBlob   receives the blob's size in bytes. Must not be null.
 /// @return 1 on success, 0 on failure.
-///
+/// @par Errors
 /// On failure the last error is
 ///   - 87, `ERROR_INVALID_PARAMETER`: `info` or `pcbBlob` is null. NOTHING IS
 ///     FREED OR WRITTEN, `*ppBlob` keeps its buffer;
@@ -64,12 +70,10 @@ namespace korvan {
 ///     size does not fit in 32 bits. `*ppBlob` is null, `*pcbBlob` holds the
 ///     size that could not be allocated, its lower 32 bits where it does not
 ///     fit.
-///
+/// @ownership{The blob is the caller's. Everything else stays whose it was.}
+/// @threads{Any thread at any time, as far as it may call `FindOIDInfo`.}
 /// @throws std::bad_alloc and what the platform's record classes throw:
 ///         `*ppBlob` is null then and `*pcbBlob` unchanged.
-///
-/// A `bitLen` of 2^32 or more, of a key of 512 MiB, keeps its lower 32 bits.
-/// Any thread may call it at any time, as far as it may call `FindOIDInfo`.
 KORVAN_API int KRVConvertPublicKeyInfo(unsigned int uUnused1,
                                        const _CERT_PUBLIC_KEY_INFO* info,
                                        unsigned int uUnused3,
@@ -79,6 +83,18 @@ KORVAN_API int KRVConvertPublicKeyInfo(unsigned int uUnused1,
 
 /// Splits a key blob into what a certificate's public key info is made of: the
 /// bit string's content and the algorithm's parameters.
+///
+///     unsigned char* back = nullptr;
+///     unsigned char* params = nullptr;
+///     unsigned int back_size = 0;
+///     unsigned int params_size = 0;
+///     if (korvan::KRVEncodePublicKeyAndParametrs(0, nullptr, blob, size, 0, 0,
+///                                                &back, &back_size, &params,
+///                                                &params_size)) {
+///       assert(back_size == 66 && params_size == 0);
+///       std::free(back);
+///       std::free(params);
+///     }
 ///
 /// The bit string's content is the key in a DER OCTET STRING; for the
 /// algorithm 0x2E29 alone, the provider's own GOST R 34.10-94, it is the bare
@@ -106,7 +122,7 @@ KORVAN_API int KRVConvertPublicKeyInfo(unsigned int uUnused1,
 ///                   and is not checked.
 /// @return 1 on success, 0 on failure. With null for `ppbKey` and for
 ///         `ppbParams` it gives the sizes alone.
-///
+/// @par Errors
 /// On failure the last error is
 ///   - 87, `ERROR_INVALID_PARAMETER`: `pbBlob` is null or `cbBlob` 0. NOTHING
 ///     IS FREED OR WRITTEN;
@@ -118,11 +134,10 @@ KORVAN_API int KRVConvertPublicKeyInfo(unsigned int uUnused1,
 ///   - 0x8009000E, `NTE_NO_MEMORY`: allocation of an output fails. Both
 ///     sizes are written. `*ppbParams` is null; `*ppbKey` IS NULL ONLY IF ITS
 ///     OWN BUFFER FAILED, else it holds the key and is to be freed.
-///
+/// @ownership{Both outputs are the caller's. The blob stays whose it was.}
+/// @threads{Any thread at any time.}
 /// @throws std::bad_alloc and what the platform's record classes throw: both
 ///         pointers are null then and the sizes unchanged.
-///
-/// Any thread may call it at any time.
 KORVAN_API int KRVEncodePublicKeyAndParametrs(
     unsigned int uUnused1, const char* pszUnused2, const unsigned char* pbBlob,
     unsigned int cbBlob, unsigned int uUnused5, unsigned int uUnused6,

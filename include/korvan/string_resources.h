@@ -17,7 +17,8 @@
 /// buffer first and keep one byte back:
 ///
 ///     char text[256] = {};
-///     LoadString_korvan(nullptr, 8048, text, 255);  // 11, "Common Name"
+///     assert(LoadString_korvan(nullptr, 8048, text, 255) == 11);
+///     assert(std::strcmp(text, "Common Name") == 0);
 ///
 /// @param hModule       ignored; null by custom.
 /// @param uID           the text's number.
@@ -27,13 +28,16 @@
 ///                      copies nothing and is no error.
 /// @return the number of bytes copied: the text's length or `cchBufferMax`,
 ///         whichever is less; 0 on failure.
-///
+/// @par Errors
 /// On failure the last error is set to 87, `ERROR_INVALID_PARAMETER`:
 ///   - `lpBuffer` is null: nothing is written;
 ///   - no text has the number `uID`: `lpBuffer[0]` becomes 0, EVEN WHERE THE
 ///     SIZE IS 0.
 ///
-/// Success leaves the last error alone. Any thread may call it at any time.
+/// Success leaves the last error alone.
+/// @ownership{The buffer stays the caller's.}
+/// @threads{Any thread at any time.}
+/// @exceptions{None. (A process's own function may throw what it likes.)}
 KORVAN_API int LoadString_korvan(void* hModule, unsigned int uID,
                                  char* lpBuffer, int cchBufferMax);
 

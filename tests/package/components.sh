@@ -76,7 +76,7 @@ needs development "$libdir/libkorvan.so" "$libdir/libkorvan_platform.so" \
 has tools "bin/(oidinfo|initool|keyblob)|share/.*|\
 $libdir/cmake/korvan/korvan-tools-targets.*\.cmake"
 needs tools bin/oidinfo bin/initool
-has docs "share/doc/korvan/.*"
+has docs "share/doc/korvan/.*|share/man/man3/.*\.3"
 needs docs share/doc/korvan/README.md share/doc/korvan/docs/architecture.md
 
 # All of them, and their removal.

@@ -3,8 +3,7 @@
 ///
 /// A host process that emulates the Windows API has its own definitions of
 /// these two functions. The platform library has some for processes that have
-/// none. Neither is
-/// `noexcept`: a host's own may throw.
+/// none. Neither is `noexcept`: a host's own may throw.
 #ifndef KORVAN_PLATFORM_LAST_ERROR_H_
 #define KORVAN_PLATFORM_LAST_ERROR_H_
 
@@ -14,18 +13,29 @@ extern "C" {
 
 /// Sets the calling thread's last-error code.
 ///
-/// @param code  the code, one of the published error values; any is taken.
+///     SetLastError(ERROR_INVALID_PARAMETER);
+///     assert(GetLastError() == 87);
 ///
-/// Each thread has a code of its own, 0 until it is first set. Any thread may
-/// call this at any time; it cannot fail.
+/// @param code  the code, one of the published error values; any is taken.
+/// @errors{None.}
+/// @ownership{Each thread has a code of its own, 0 until it is first set.}
+/// @threads{Any thread at any time.}
+/// @exceptions{None of this one.}
 KORVAN_API void SetLastError(unsigned int code);
 
 /// Returns the calling thread's last-error code.
 ///
+///     char text[8];
+///     if (LoadString_korvan(nullptr, 0, text, 8) == 0) {
+///       assert(GetLastError() == ERROR_INVALID_PARAMETER);
+///     }
+///
 /// @return the code that this thread set last; 0 when it has set none. Reading
 ///         does not reset it.
-///
-/// Any thread may call this at any time; it cannot fail.
+/// @errors{None.}
+/// @ownership{As for `SetLastError`.}
+/// @threads{Any thread at any time.}
+/// @exceptions{None of this one.}
 KORVAN_API unsigned int GetLastError();
 }
 
