@@ -1,5 +1,6 @@
-"""Gives Doxygen a page of the handbook. In the tree a page may link to a folder
-or to a file that is no page; in the reference that is a name without a link.
+"""Gives Doxygen a page of the handbook as it can read it. In the tree a page may
+link to a folder or to a file that is no page; in the reference that is a name
+without a link.
 
 usage: page_links.py PAGE
 """
@@ -28,9 +29,12 @@ def main():
     top = os.path.dirname(os.path.dirname(os.path.dirname(
         os.path.abspath(__file__))))
     with open(page, encoding="utf-8") as file:
-        sys.stdout.write(re.sub(
-            r"(?<!!)\[([^][]*)\]\(([^()\s]+)\)",
-            lambda match: _link(match, folder, top), file.read()))
+        text = file.read()
+    # Doxygen takes the text of a picture from one line only.
+    text = re.sub(r"!\[[^][]*\]", lambda match: match[0].replace("\n", " "),
+                  text)
+    sys.stdout.write(re.sub(r"(?<!!)\[([^][]*)\]\(([^()\s]+)\)",
+                            lambda match: _link(match, folder, top), text))
 
 
 if __name__ == "__main__":

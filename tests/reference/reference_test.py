@@ -1,6 +1,7 @@
 """Fails unless the reference explains every exported function whole: what it
 does, an example, arguments, result, errors, ownership, threads, exceptions, in
-this order; and unless no link in its pages leads nowhere.
+this order; and unless no link in its pages leads nowhere, and no command of
+Doxygen's is shown as text.
 
 usage: reference_test.py HTML_FOLDER XML_FOLDER SYMBOLS...
 
@@ -88,6 +89,16 @@ class Links(html.parser.HTMLParser):
                             if name in attributes)
 
 
+def commands(folder):
+    """What Doxygen has taken for text."""
+    for path in sorted(folder.glob("*.html")):
+        text = re.sub(r"<(code|pre|tt)\b.*?</\1>", "",
+                      path.read_text(encoding="utf-8"), flags=re.DOTALL)
+        for command in re.findall(r"[@\\](?:image|ref|par|param|copydoc|link)\b",
+                                  text):
+            yield f"{path.name} shows the command {command}"
+
+
 def dead_links(folder):
     pages = {path.name: Links(path.read_text(encoding="utf-8"))
              for path in folder.glob("*.html")}
@@ -111,6 +122,7 @@ def main():
     complaints += [f"{name} is exported, but not explained"
                    for name in sorted(functions - names)]
     complaints += dead_links(pathlib.Path(html_folder))
+    complaints += commands(pathlib.Path(html_folder))
     if not functions or not names:
         complaints.append("there is nothing to look at")
     print("\n".join(complaints) or
