@@ -22,6 +22,8 @@ if [ "$1" = --self-test ]; then
       'mkdir -p "$to/include"; touch "$to/include/one.h"'
     with "programs without a linked name" 'development has other files' \
       "rm -f \"\$to/$libdir/libkorvan.so\""
+    with "no printers that GDB loads itself" 'nothing for GDB to load' \
+      'rm -rf "$to/share/gdb"'
     with "a file that belongs to no component" 'belongs to no component' \
       'case $* in *--component*) ;; *) touch "$to/more" ;; esac'
     with "a file that is not in the list" 'is left after all that' \
@@ -69,19 +71,26 @@ needs() {
 has runtime "$libdir/libkorvan(_platform)?\.so\.1(\.[0-9.]+)?"
 needs runtime "$libdir/libkorvan.so.1" "$libdir/libkorvan_platform.so.1"
 has development "include/korvan/.*\.h|$libdir/libkorvan(_platform)?\.so|\
-$libdir/cmake/korvan/.*\.cmake|$libdir/pkgconfig/korvan(-platform)?\.pc"
+$libdir/cmake/korvan/.*\.cmake|$libdir/pkgconfig/korvan(-platform)?\.pc|\
+share/korvan/gdb_printers\.py|\
+share/gdb/auto-load/usr/$libdir/libkorvan\.so\.1\.[0-9.]+-gdb\.py"
 needs development "$libdir/libkorvan.so" "$libdir/libkorvan_platform.so" \
   include/korvan/korvan.h include/korvan/platform/asn1_record.h \
-  "$libdir/cmake/korvan/korvan-config.cmake" "$libdir/pkgconfig/korvan.pc"
+  "$libdir/cmake/korvan/korvan-config.cmake" "$libdir/pkgconfig/korvan.pc" \
+  share/korvan/gdb_printers.py
+[ "$(grep -c '^share/gdb/' "$work/development.files")" -eq 1 ] ||
+  fail "development has nothing for GDB to load with the library"
 has tools "bin/(oidinfo|initool|keyblob)|share/.*|\
 $libdir/cmake/korvan/korvan-tools-targets.*\.cmake"
 needs tools bin/oidinfo bin/initool
 has docs "share/doc/korvan/.*|share/man/man3/.*\.3"
 needs docs share/doc/korvan/README.md share/doc/korvan/docs/architecture.md
 
-# All of them, and their removal.
+# All of them, and their removal. GDB's file stands in a folder that is named for
+# the prefix.
 "$cmake" --install "$build" --prefix "$work/all" > /dev/null
-files "$work/all" > "$work/all.files"
+files "$work/all" | sed "s|/auto-load$work/all/|/auto-load/usr/|" |
+  sort > "$work/all.files"
 sort "$work/runtime.files" "$work/development.files" "$work/tools.files" \
   "$work/docs.files" | diff - "$work/all.files" ||
   fail "what > shows belongs to no component"

@@ -54,7 +54,8 @@ mv "$work/installed" "$work/moved"
 cp -R "$work/moved" "$work/stripped"
 [ -n "$(find "$work/stripped" -name 'lib*.so')" ] ||
   { echo "no library is installed"; exit 1; }
-find "$work/stripped" -type f \( -name 'lib*.so*' -o -path '*/bin/*' \) \
+find "$work/stripped" -type f ! -name '*.py' \
+  \( -name 'lib*.so*' -o -path '*/bin/*' \) \
   -exec strip {} +
 status=0
 grep -r -l -F -e "$source" -e "$build" -e "$work/installed" \
