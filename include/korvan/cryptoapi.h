@@ -12,10 +12,49 @@
 #ifndef KORVAN_CRYPTOAPI_H_
 #define KORVAN_CRYPTOAPI_H_
 
+#include <korvan/export.h>
+
 #include <cstddef>
 #include <cstdint>
 
 #ifndef KORVAN_HOST_CRYPTOAPI
+
+// Every name that is declared below, in that order.
+#if defined(BYTE) || defined(WORD) || defined(DWORD) || defined(ULONG) ||      \
+    defined(LONG) || defined(BOOL) || defined(LPSTR) || defined(LPCSTR) ||     \
+    defined(LPWSTR) || defined(LPCWSTR) || defined(ALG_ID) ||                  \
+    defined(_CRYPTOAPI_BLOB) || defined(CRYPT_DATA_BLOB) ||                    \
+    defined(CRYPT_OBJID_BLOB) || defined(_CRYPT_BIT_BLOB) ||                   \
+    defined(CRYPT_BIT_BLOB) || defined(_CRYPT_ALGORITHM_IDENTIFIER) ||         \
+    defined(CRYPT_ALGORITHM_IDENTIFIER) || defined(_CERT_PUBLIC_KEY_INFO) ||   \
+    defined(CERT_PUBLIC_KEY_INFO) || defined(_PUBLICKEYSTRUC) ||               \
+    defined(PUBLICKEYSTRUC) || defined(_CRYPT_OID_INFO) ||                     \
+    defined(CRYPT_OID_INFO) || defined(CALG_MD2) || defined(CALG_MD4) ||       \
+    defined(CALG_MD5) || defined(CALG_SHA1) || defined(CALG_DES) ||            \
+    defined(CALG_RC2) || defined(CALG_3DES) || defined(CALG_RC4) ||            \
+    defined(CALG_NO_SIGN) || defined(CALG_DSS_SIGN) ||                         \
+    defined(CALG_RSA_SIGN) || defined(CALG_RSA_KEYX) || defined(CALG_DH_SF) || \
+    defined(CALG_DH_EPHEM) || defined(CRYPT_OID_INFO_OID_KEY) ||               \
+    defined(CRYPT_OID_INFO_NAME_KEY) || defined(CRYPT_OID_INFO_ALGID_KEY) ||   \
+    defined(CRYPT_OID_INFO_SIGN_KEY) ||                                        \
+    defined(CRYPT_HASH_ALG_OID_GROUP_ID) ||                                    \
+    defined(CRYPT_ENCRYPT_ALG_OID_GROUP_ID) ||                                 \
+    defined(CRYPT_PUBKEY_ALG_OID_GROUP_ID) ||                                  \
+    defined(CRYPT_SIGN_ALG_OID_GROUP_ID) ||                                    \
+    defined(CRYPT_RDN_ATTR_OID_GROUP_ID) ||                                    \
+    defined(CRYPT_EXT_OR_ATTR_OID_GROUP_ID) ||                                 \
+    defined(CRYPT_ENHKEY_USAGE_OID_GROUP_ID) ||                                \
+    defined(CRYPT_POLICY_OID_GROUP_ID) ||                                      \
+    defined(CRYPT_OID_DISABLE_SEARCH_DS_FLAG) ||                               \
+    defined(CRYPT_OID_INHIBIT_SIGNATURE_FORMAT_FLAG) ||                        \
+    defined(CRYPT_OID_NO_NULL_ALGORITHM_PARA_FLAG) ||                          \
+    defined(CERT_RDN_NUMERIC_STRING) || defined(CERT_RDN_PRINTABLE_STRING) ||  \
+    defined(CERT_RDN_IA5_STRING) || defined(CERT_RDN_UTF8_STRING) ||           \
+    defined(PUBLICKEYBLOB) || defined(ERROR_INVALID_PARAMETER) ||              \
+    defined(NTE_BAD_KEY) || defined(NTE_BAD_ALGID) ||                          \
+    defined(NTE_NO_MEMORY) || defined(DIGSIG_E_ENCODE)
+#error "a name of CryptoAPI is a macro: define KORVAN_HOST_CRYPTOAPI before"
+#endif
 
 /// @name Basic types
 /// @{
