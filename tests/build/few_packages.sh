@@ -73,13 +73,15 @@ has_not() {
 # shellcheck disable=SC2046  # the options are words
 configure nothing \
   $(without GTest rapidcheck OpenSSL CLI11 nlohmann_json Doxygen) \
-  -DKORVAN_VALGRIND=OFF -DKORVAN_PKG_CONFIG=OFF -DKORVAN_HAS_CALLGRIND_H=OFF \
-  -DKORVAN_GDB=OFF
+  -DKORVAN_VALGRIND=OFF -DKORVAN_STRACE=OFF -DKORVAN_CLANG=OFF \
+  -DKORVAN_GDB=OFF -DKORVAN_PKG_CONFIG=OFF -DKORVAN_HAS_CALLGRIND_H=OFF
 says_once 'libgtest-dev is missing: the test programs' \
   'librapidcheck-dev is missing: the tests of properties' \
   'libcli11-dev is missing: the command-line programs' \
   'libssl-dev is missing: the round trip of keys' \
   'valgrind is missing: the runs under valgrind' \
+  'strace is missing: the test of the system calls' \
+  'clang is missing: the tests of refused platforms' \
   'pkg-config is missing: the tests of the package' \
   "gdb is missing: the tests of GDB's printers" \
   'valgrind is missing: the counting of instructions' \
