@@ -54,8 +54,12 @@ foreach(flag -fstack-protector-strong -fstack-clash-protection
     list(APPEND korvan_hardening ${flag})
   endif()
 endforeach()
-check_linker_flag(CXX "LINKER:--fatal-warnings,-z,pack-relative-relocs"
-  KORVAN_HAS_PACKED_RELATIVE_RELOCATIONS)
+option(KORVAN_PACKED_RELOCATIONS
+  "Pack relative relocations: smaller libraries, which need glibc 2.36" ON)
+if(KORVAN_PACKED_RELOCATIONS)
+  check_linker_flag(CXX "LINKER:--fatal-warnings,-z,pack-relative-relocs"
+    KORVAN_HAS_PACKED_RELOCATIONS)
+endif()
 
 # korvan_add_library(<target>) adds a library of the project, shared unless
 # BUILD_SHARED_LIBS is set and off, with its name, version, headers, hardening
@@ -70,7 +74,7 @@ function(korvan_add_library target)
     target_link_options(${target} PRIVATE
       LINKER:--version-script=${map}
       LINKER:-z,relro,-z,now,-z,noexecstack,--as-needed,-O1)
-    if(KORVAN_HAS_PACKED_RELATIVE_RELOCATIONS)
+    if(KORVAN_PACKED_RELOCATIONS AND KORVAN_HAS_PACKED_RELOCATIONS)
       target_link_options(${target} PRIVATE LINKER:-z,pack-relative-relocs)
     endif()
     # A sanitizer's own symbols are found only when a program is linked.

@@ -1,13 +1,14 @@
 #!/bin/sh
-# is_hardened.sh [--self-test] LIBRARY
-# Fails unless LIBRARY binds at load, is protected, and can be unloaded.
+# is_hardened.sh [--self-test] LIBRARY packed|plain
+# Fails unless LIBRARY binds at load, is protected, can be unloaded, and has
+# relative relocations of this kind.
 set -eu
 export LC_ALL=C
 
 if [ "$1" = --self-test ]; then
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  must_pass "the library as it is" "$0" "$2"
+  must_pass "the library as it is" "$0" "$2" "$3"
 
   # A small library with all that is asked for, and then with one thing else.
   for landings in full none; do
@@ -28,10 +29,10 @@ END
     what=$1 message=$2
     shift 2
     link changed "$work/full.o" "$@"
-    must_fail "$what" "$message" "$0" "$work/changed.so"
+    must_fail "$what" "$message" "$0" "$work/changed.so" packed
   }
   link small "$work/full.o"
-  must_pass "a small library" "$0" "$work/small.so"
+  must_pass "a small library" "$0" "$work/small.so" packed
   with "lazy binding" '^missing: immediate binding$' -Wl,-z,lazy
   with "writable relocations" '^missing: read-only relocations$' -Wl,-z,norelro
   with "an executable stack" '^missing: a stack that' -Wl,-z,execstack
@@ -40,9 +41,13 @@ END
   with "symbolic binding" '^found: symbolic binding$' -Wl,-Bsymbolic
   link unmarked "$work/none.o"
   must_fail "no landing marks" '^missing: a landing mark at' \
-    "$0" "$work/unmarked.so"
+    "$0" "$work/unmarked.so" packed
   with "plain relocations" '^missing: packed relative relocations$' \
     -Wl,-z,nopack-relative-relocs
+  must_fail "packed relocations" '^found: packed relative relocations$' \
+    "$0" "$work/small.so" plain
+  link plain "$work/full.o" -Wl,-z,nopack-relative-relocs
+  must_pass "plain relocations that are wanted" "$0" "$work/plain.so" plain
   # assembly WHAT MESSAGE TEXT [FLAG...]
   assembly() {
     what=$1 message=$2
@@ -59,15 +64,15 @@ END
   assembly "a unique symbol" '^found: a unique symbol' \
     '.data; .globl one; .type one, @gnu_unique_object; one: .byte 0'
 
-  must_fail "no library" 'No such file' "$0" "$work/none.so"
+  must_fail "no library" 'No such file' "$0" "$work/none.so" packed
   for tool in readelf nm objdump; do
     fake "without_$tool/$tool" 'exit 0'
     must_fail "a silent $tool" '^missing: ' \
-      env "PATH=$work/without_$tool:$PATH" "$0" "$work/small.so"
+      env "PATH=$work/without_$tool:$PATH" "$0" "$work/small.so" packed
   done
   end_self_test
 fi
-library=$1
+library=$1 kind=$2
 failed=0
 
 expect() {  # expect WHAT PATTERN TEXT
@@ -105,8 +110,12 @@ for address in $functions; do
   expect "a landing mark at $address" "^$address\$" "$landings"
 done
 
-# Relative relocations are packed: none is left among the others.
-expect "packed relative relocations" '\(RELR\)' "$dynamic"
 expect "relocations" 'R_X86_64_' "$relocations"
-forbid "an unpacked relative relocation" 'R_X86_64_RELATIVE' "$relocations"
+case $kind in
+  packed)
+    expect "packed relative relocations" '\(RELR\)' "$dynamic"
+    forbid "an unpacked relative relocation" 'R_X86_64_RELATIVE' "$relocations"
+    ;;
+  plain) forbid "packed relative relocations" '\(RELR\)' "$dynamic" ;;
+esac
 exit $failed
