@@ -2,6 +2,7 @@
 # project promises about its binary.
 include_guard()
 include(CheckCXXCompilerFlag)
+include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
 
 if(NOT CMAKE_CXX_STANDARD OR CMAKE_CXX_STANDARD EQUAL 98 OR
@@ -49,8 +50,19 @@ target_compile_options(korvan_quick_build_flags INTERFACE
   $<$<CONFIG:RelWithDebInfo>:-O0;-g1>)
 target_link_libraries(korvan_quick_build_flags INTERFACE korvan_build_flags)
 
-foreach(flag -fstack-protector-strong -fstack-clash-protection
-    -fcf-protection=full -fno-gnu-unique -fno-semantic-interposition -fno-plt)
+# Some are of one processor. On 64-bit POWER, GNU's linker lets the loader change
+# what `__tls_get_addr` is given, and only its own stub, which -fno-plt does
+# without, knows of that: the thread's last error would be anywhere.
+set(hardening -fstack-protector-strong -fstack-clash-protection
+  -fcf-protection=full
+  -fno-gnu-unique -fno-semantic-interposition)
+check_cxx_source_compiles(
+  "#ifndef __powerpc64__\n#error another processor\n#endif\nint main() {}"
+  KORVAN_IS_FOR_POWER)
+if(NOT KORVAN_IS_FOR_POWER)
+  list(APPEND hardening -fno-plt)
+endif()
+foreach(flag ${hardening})
   string(MAKE_C_IDENTIFIER "KORVAN_HAS${flag}" has_flag)
   check_cxx_compiler_flag("-Werror ${flag}" ${has_flag})
   if(${has_flag})
