@@ -14,3 +14,5 @@ int main() {
                                    found->pwszName, found->Algid) > 0;
   return written && std::fflush(stdout) == 0 ? 0 : 1;
 }
+// It prints:
+// 1.2.643.2.2.19 is GOST R 34.10-2001, ALG_ID 0x2E23
