@@ -23,8 +23,9 @@ int main() {
                                      0x4D, 0x41, 0x47, 0x31, 0x00, 0x02, 0, 0};
   Show("64 bytes of key behind 8", blob, sizeof(blob));
   blob[0] = 0x77;
+  blob[1] = 0x77;
   blob[8] = 'X';
-  Show("another type, another magic", blob, sizeof(blob));
+  Show("another type, version and magic", blob, sizeof(blob));
   blob[12] = 0x07;
   Show("519 bits", blob, sizeof(blob));
   blob[13] = 0;
@@ -49,7 +50,7 @@ int main() {
 }
 // It prints:
 // 64 bytes of key behind 8: 66 of key, 8 of parameters
-// another type, another magic: 66 of key, 8 of parameters
+// another type, version and magic: 66 of key, 8 of parameters
 // 519 bits: 66 of key, 8 of parameters
 // 7 bits: 2 of key, 72 of parameters
 // no key: last error 0x80090003

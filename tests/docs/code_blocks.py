@@ -47,7 +47,7 @@ def is_run(top, path):
         return True  # tests/build/host_example.sh; headers of programs
     rules = "\n".join(documents.read(os.path.join(folder, "CMakeLists.txt")))
     return re.search(
-        rf"korvan_example(_program)?\({re.escape(stem)}\b", rules) is not None
+        rf"korvan_(c_)?example(_program)?\({re.escape(stem)}\b", rules) is not None
 
 
 class Table:
