@@ -4,7 +4,8 @@ docs/*.md and the documents of examples/, below TOP, and in the /// comments of
 the HEADERs, is one of these:
 
   - lines of one program below examples/, as they stand there, indentation
-    apart. Where the section links to programs it is one of them;
+    apart. Where the section links to programs it is one of them. In a header,
+    lines of a program in tests/reference/;
   - behind "prints:", the whole output that such a program states;
   - in TABLE, which tells what runs it or that it is no code.
 
@@ -39,15 +40,17 @@ class Program:
                    for i in range(len(self.lines)))
 
 
-def is_run(top, path):
+def is_run(path):
     """Whether CTest runs a program, as CMake's file beside it tells."""
     folder, name = os.path.split(path)
     stem, extension = os.path.splitext(name)
     if os.path.basename(folder) == "host" or extension == ".h":
         return True  # tests/build/host_example.sh; headers of programs
     rules = "\n".join(documents.read(os.path.join(folder, "CMakeLists.txt")))
-    return re.search(
-        rf"korvan_(c_)?example(_program)?\({re.escape(stem)}\b", rules) is not None
+    function = r"korvan_(c_)?example(_program)?\("
+    if os.path.basename(folder) == "reference":
+        function = r"foreach\(header\b[^)]*\b"
+    return re.search(rf"{function}{stem}\b", rules)
 
 
 class Table:
@@ -98,14 +101,20 @@ class Check:
         self.table = Table(top, table)
         self.faults = 0
         self.count = 0
-        self.programs = {}
-        for path in sorted(glob.glob(os.path.join(top, "examples/*/**"),
+        self.programs = self.programs_in("examples/*/**")
+        self.reference = self.programs_in("tests/reference/*.cc")
+
+    def programs_in(self, folder):
+        found = {}
+        for path in sorted(glob.glob(os.path.join(self.top, folder),
                                      recursive=True)):
             if path.endswith((".cc", ".c", ".py", ".h")):
-                if is_run(top, path):
-                    self.programs[os.path.relpath(path, top)] = Program(path)
+                name = os.path.relpath(path, self.top)
+                if is_run(path):
+                    found[name] = Program(path)
                 else:
-                    self.complain(os.path.relpath(path, top), "no test runs it")
+                    self.complain(name, "no test runs it")
+        return found
 
     def complain(self, where, what):
         print(f"{where}: {what}")
@@ -162,11 +171,11 @@ class Check:
         name = os.path.relpath(header, self.top)
         for block in documents.comment_blocks(documents.read(header)):
             self.count += 1
-            if not self.programs_with(block, self.programs.values()):
+            if not self.programs_with(block, self.reference.values()):
                 fault = self.table.fault(name, block)
                 if fault:
-                    self.complain(f"{name}:{block.line}", "not in a program below "
-                                  f"examples/: {block.lines[0]}")
+                    self.complain(f"{name}:{block.line}", "not in a program of "
+                                  f"tests/reference/: {block.lines[0]}")
 
 
 def main(top, table, *headers):

@@ -8,7 +8,7 @@ if [ "$1" = --self-test ]; then
   # shellcheck source=tests/support/self_test.sh
   . "$here/../support/self_test.sh"
   cd "$work"
-  mkdir -p docs examples/oid tests/docs
+  mkdir -p docs examples/oid tests/docs tests/reference
   # A small project, in which all is well.
   cat > examples/oid/CMakeLists.txt << 'END'
 korvan_example(first)
@@ -68,16 +68,25 @@ END
 docs/page.md | a drawing | a drawing
 docs/page.md | scripts/run | run in scripts_run
 END
+  echo 'foreach(header first second)' > tests/reference/CMakeLists.txt
+  cat > tests/reference/first.cc << 'END'
+int main() {
+  Print(1);
+  {
+    Print(2);
+  }
+}
+END
   cat > header.h << 'END'
 /// What it does.
 ///
-///     Print("one");
+///     Print(1);
 ///
 /// @param one  a thing
 ///             of several lines
 ///
 /// @code
-/// Print("two");
+/// Print(2);
 /// @endcode
 int Print();
 END
@@ -119,10 +128,12 @@ END
     examples/oid/CMakeLists.txt 's/(second)/(third)/'
   breaks "a program that prints something else" 'page.md:10: not what' \
     examples/oid/first.cc 's/^\/\/ two/\/\/ more/'
+  breaks "an example of a header that no test runs" 'first.cc: no test runs it' \
+    tests/reference/CMakeLists.txt 's/first //'
   breaks "a comment that is in no program" 'header.h:3: not in a program' \
-    header.h 's/Print("one")/Print(1)/'
+    header.h 's/Print(1)/Print("one")/'
   breaks "a comment's @code that is in no program" \
-    'header.h:9: not in a program' header.h 's/Print("two")/Print(2)/'
+    'header.h:9: not in a program' header.h 's/Print(2)/Print("two")/'
   rm -r docs header.h
   : > tests/docs/other_blocks.txt
   must_fail "no code at all" '^0 code blocks' \
