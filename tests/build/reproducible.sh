@@ -34,8 +34,8 @@ if [ "$1" = --self-test ]; then
 fi
 cmake=$1 compiler=$2 source=$3 work=$4 flags=$5 installed=$6
 folder=$work/a_folder_with_a_name_that_is_longer/and/deeper
-parts="CMakeLists.txt README.md CHANGELOG.md cmake debugger docs include ini oid
-  packaging platform pubkey resources"
+parts="CMakeLists.txt README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md cmake
+  debugger docs examples include ini oid packaging platform pubkey resources"
 
 # shellcheck disable=SC2086  # the parts are words
 sum=$({ "$compiler" --version && echo "$flags"
