@@ -54,7 +54,7 @@ target_link_libraries(korvan_quick_build_flags INTERFACE korvan_build_flags)
 # what `__tls_get_addr` is given, and only its own stub, which -fno-plt does
 # without, knows of that: the thread's last error would be anywhere.
 set(hardening -fstack-protector-strong -fstack-clash-protection
-  -fcf-protection=full
+  -fcf-protection=full -mbranch-protection=standard
   -fno-gnu-unique -fno-semantic-interposition)
 check_cxx_source_compiles(
   "#ifndef __powerpc64__\n#error another processor\n#endif\nint main() {}"

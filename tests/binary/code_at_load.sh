@@ -61,9 +61,11 @@ END
   end_self_test
 fi
 
-# What the code may call, and what else it may name: the arguments of that.
-called='(call|jmp) (__cxa_atexit|pthread_atfork)'
-named='(lea|mov) (__dso_handle|\.bss|\.text'
+# What the code may call, and what else it may name: the arguments of that. On
+# arm64 it loads what it calls.
+called='(call|jmp|ldr) (__cxa_atexit|pthread_atfork)'
+named='adrp (__cxa_atexit|pthread_atfork)'
+named="$named|(lea|mov|adrp|add|ldr) (__dso_handle|\.bss|\.text"
 named="$named|_ZN6korvan21COidInfoCleanupHelperD[12]Ev"
 named="$named|_ZN6korvan3oid12_GLOBAL__N_1.*(BeforeFork|AfterFork)Ev"
 named="$named|_ZN6korvan3oid12_GLOBAL__N_1.*fork_handlers_status.*)"
@@ -91,7 +93,7 @@ for object in "$@"; do
     function end() {if (jumps && !named) print operation, "to its own file"}
     $2 ~ /^R_/ {print operation, $3; named = 1; next}
     /^ *[0-9a-f]+:/ {end(); operation = $2; named = 0
-                     jumps = operation ~ /^(call|j|bnd|notrack)/}
+                     jumps = operation ~ /^(call|j|bnd|notrack|b$|bl$|b[.]|cb|tb)/}
     END {end()}')
   others=$(printf '%s\n' "$names" |
     grep -vE "^($called|$named)(@plt)?([-+]0x[0-9a-f]+)?\$" || true)
@@ -99,7 +101,7 @@ for object in "$@"; do
     printf '%s: code at load names:\n%s\n' "$object" "$others"
     exit 1
   fi
-  registers=$(printf '%s\n' "$names" |
+  registers=$(printf '%s\n' "$names" | grep -E "^$called" |
     grep -oE '(__cxa_atexit|pthread_atfork)') ||
     { echo "$object: code at load registers nothing"; exit 1; }
   found="$found $registers"

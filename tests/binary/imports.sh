@@ -52,6 +52,9 @@ dynamic=$(readelf -Wd "$library")
 needed=$(printf '%s\n' "$dynamic" | sed -n 's/.*(NEEDED).*\[\(.*\)\]$/\1/p')
 [ -n "$needed" ] || fail "needs no library, which no library can"
 for one in $needed; do
+  # On some platforms the stack protector's value is in the loader, which is
+  # there anyway.
+  case $one in ld-linux-*.so.[0-9] | ld64.so.[0-9]) continue ;; esac
   case " $* " in
     *" $one "*) ;;
     *) fail "needs $one" ;;

@@ -40,7 +40,7 @@ TEST(IniNameOrder, WideNamesFoldAsTheCLibraryFoldsCharacters) {
         const std::wstring right = {L'x', L'y', j, L'B'};
         ASSERT_EQ(korvan::ci_less_w()(left, right),
                   wcscasecmp(left.c_str(), right.c_str()) < 0)
-            << name << ' ' << int{i} << ' ' << int{j};
+            << name << ' ' << +i << ' ' << +j;
       }
     }
   }

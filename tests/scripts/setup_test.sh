@@ -27,6 +27,10 @@ if [ "$1" = --self-test ]; then
     breaks "four packages for a demo" '^4 packages for a demo' \
       's/^demo="[^"]*/& a/'
     breaks "an unknown group" 'an unknown group: status 0' 's/exit 2/continue/'
+    breaks "a foreign package taken for missing" '^called: apt-get' \
+      's,| sed -n "s.*p"),| sed "s_.* __"),'
+    breaks "an architecture that apt does not know" 'another architecture' \
+      's/--add-architecture "/--print-architecture "/'
     breaks "installs nothing" "not called: '^apt-get install" \
       's/apt-get install -y/apt-get check/'
     breaks "a failure that is not told" 'not root: status 0' \
@@ -58,7 +62,19 @@ while read -r name name_state; do
   esac
 done < "$FAKE/status"
 [ "${state:=${other_state:-}}" != unknown ] || exit 1
-printf '%s' "$state"
+case $package in
+  *:*) echo "${package#*:} $state" ;;
+  # Where two architectures are, it tells of both.
+  g++) printf 'amd64 %s\narm64 config-files\n' "$state" ;;
+  *) echo "all $state" ;;
+esac
+END
+cat > "$work/bin/dpkg" <<'END'
+#!/bin/sh
+case $1 in
+  --print-architecture) echo amd64 ;;
+  *) echo "dpkg $*" >> "$FAKE/calls" ;;
+esac
 END
 cat > "$work/bin/apt-get" <<'END'
 #!/bin/sh
@@ -69,7 +85,7 @@ cat > "$work/bin/id" <<'END'
 #!/bin/sh
 cat "$FAKE/user"
 END
-chmod +x "$work/bin/dpkg-query" "$work/bin/apt-get" "$work/bin/id"
+chmod +x "$work/bin/dpkg-query" "$work/bin/dpkg" "$work/bin/apt-get" "$work/bin/id"
 
 # setup_on USER STATUS_OF_OTHERS ARGUMENT...: output and calls are in files.
 setup_on() {
@@ -98,7 +114,7 @@ calls_nothing() {
 
 # All is there.
 for state in installed triggers-pending triggers-awaited; do
-  for group in demo test bench platforms lint deep bare deb; do
+  for group in demo test bench arm64 platforms lint deep bare deb; do
     setup_on 0 $state $group
     [ "$status" -eq 0 ] || fail "$state: status $status"
     calls_nothing
@@ -123,6 +139,16 @@ says '^  apt-get install --no-install-recommends g++ cmake'
 count=$(sed -n 's/^  apt-get install --no-install-recommends //p' \
   "$work/output" | wc -w)
 [ "$count" -le 3 ] || fail "$count packages for a demo"
+
+# One of another architecture, which apt-get has to know before.
+echo "libgtest-dev:arm64 unknown" > "$work/status"
+setup_on 0 installed arm64
+[ "$status" -eq 0 ] || fail "another architecture: status $status"
+[ "$(sed 's/ -y.*--no-install-recommends//' "$work/calls" | tr '\n' ',')" = \
+  'dpkg --add-architecture arm64,apt-get update -qq,apt-get install libgtest-dev:arm64,' ] ||
+  fail "another architecture: $(cat "$work/calls")"
+setup_on 1000 unknown arm64
+says '^  dpkg --add-architecture arm64 && apt-get update && apt-get install'
 
 # Installing fails.
 touch "$work/apt_fails"
