@@ -137,6 +137,10 @@ class Printer:
     def __init__(self, value):
         self.value = value
 
+    def to_string(self):
+        """Nothing before the children, which printers of others ask for, too."""
+        return None
+
 
 class Document(Printer):
     """CIniFileA and CIniFileW: the sections by their names."""
@@ -268,6 +272,21 @@ class Bytes(Printer):
         return f"{size}: {shown}" if shown else size
 
 
+def ours(printer, members):
+    """The printer, for types that have these members, pointers where they end
+    in "*". A host may have types of the same name that are not ours."""
+    def printer_of(value):
+        fields = {field.name: field.type for field in
+                  value.type.strip_typedefs().fields()}
+        for member in members.split():
+            name = member.rstrip("*")
+            if name not in fields or (member != name and fields[
+                    name].strip_typedefs().code != gdb.TYPE_CODE_PTR):
+                return None
+        return printer(value)
+    return printer_of
+
+
 def register(objfile):
     """Has GDB use these printers, once however often this file is loaded."""
     printers = gdb.printing.RegexpCollectionPrettyPrinter("korvan")
@@ -277,9 +296,10 @@ def register(objfile):
             ("korvan::CIniFile[AW]::CIniSection[AW]::CIniKey[AW]", Key),
             ("korvan::COidData", OidRecord),
             ("korvan::OID_TABLE_INFO", OidTable),
-            ("_PUBLICKEYSTRUC", KeyBlob),
-            ("IdentObj", Bytes)):
-        printers.add_printer(printer.__name__, f"^{pattern}$", printer)
+            ("_PUBLICKEYSTRUC",
+             ours(KeyBlob, "bType bVersion reserved aiKeyAlg")),
+            ("IdentObj", ours(Bytes, "length data*"))):
+        printers.add_printer(pattern, f"^{pattern}$", printer)
     gdb.printing.register_pretty_printer(objfile, printers, replace=True)
 
 
