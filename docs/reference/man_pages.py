@@ -114,6 +114,17 @@ def name_of(member):
     return name.removeprefix("korvan::")
 
 
+def names_of(entry, header):
+    """By which names a reader looks for an entry. CryptoAPI's own types and
+    constants, which are many, have their names from elsewhere."""
+    if entry.tag == "compounddef":
+        name = entry.findtext("compoundname").removeprefix("korvan::")
+        return [] if header == "cryptoapi" else [name]
+    return [name_of(entry)] if is_exported(entry) or (
+        "extern" in entry.findtext("definition", "") or
+        name_of(entry) == "oid_registry") else []
+
+
 def declaration(member):
     if member.get("kind") == "enum":
         return f"enum {member.findtext('name')}"
@@ -184,8 +195,8 @@ def page(reference, header, version):
         headers += [name for name in reference.files if name not in HEADERS]
     entries = [entry for name in headers
                for entry in reference.entries_of(name)]
-    names = list(dict.fromkeys(name_of(entry) for entry in entries
-                               if is_exported(entry)))
+    names = list(dict.fromkeys(name for entry in entries
+                               for name in names_of(entry, header)))
     file = reference.files[header]
     brief = words(file.find("briefdescription/para")).strip().rstrip(".")
     lines = [f'.TH {page_name(header).upper()} 3 "" "korvan {version}" "korvan"',

@@ -88,12 +88,13 @@ needs docs share/doc/korvan/README.md share/doc/korvan/docs/architecture.md
 
 # All of them, and their removal. GDB's file stands in a folder that is named for
 # the prefix.
-"$cmake" --install "$build" --prefix "$work/all" > /dev/null
-files "$work/all" | sed "s|/auto-load$work/all/|/auto-load/usr/|" |
+all="$work/all of them"
+"$cmake" --install "$build" --prefix "$all" > /dev/null
+files "$all" | sed "s|/auto-load$all/|/auto-load/usr/|" |
   sort > "$work/all.files"
 sort "$work/runtime.files" "$work/development.files" "$work/tools.files" \
   "$work/docs.files" | diff - "$work/all.files" ||
   fail "what > shows belongs to no component"
-xargs rm < "$build/install_manifest.txt"
-[ -z "$(files "$work/all")" ] ||
-  fail "$(files "$work/all") is left after all that CMake lists is removed"
+xargs -d '\n' rm < "$build/install_manifest.txt"
+[ -z "$(files "$all")" ] ||
+  fail "$(files "$all") is left after all that CMake lists is removed"
