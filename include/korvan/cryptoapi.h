@@ -53,7 +53,7 @@
     defined(PUBLICKEYBLOB) || defined(ERROR_INVALID_PARAMETER) ||              \
     defined(NTE_BAD_KEY) || defined(NTE_BAD_ALGID) ||                          \
     defined(NTE_NO_MEMORY) || defined(DIGSIG_E_ENCODE)
-#error "a name of CryptoAPI is a macro: define KORVAN_HOST_CRYPTOAPI before"
+#error "a name of CryptoAPI is a macro: #undef it, or see KORVAN_HOST_CRYPTOAPI"
 #endif
 
 /// @name Basic types

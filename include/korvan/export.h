@@ -1,7 +1,8 @@
 /// @file
 /// `KORVAN_API`, the only macro that a user of the library meets, and the
-/// platforms and settings that the library does not work with: they are refused
-/// here, by a sentence, before anything else can fail.
+/// platforms that the library does not work with: they are refused here, by a
+/// sentence, before anything else can fail. <korvan/text.h> and
+/// <korvan/ini_file.h> refuse settings of the standard library.
 #ifndef KORVAN_EXPORT_H_
 #define KORVAN_EXPORT_H_
 
@@ -19,18 +20,6 @@
 #endif
 #if __SIZEOF_WCHAR_T__ != 4
 #error "korvan needs a wchar_t of 32 bits: compile without -fshort-wchar"
-#endif
-
-// The macros of the standard library need one of its headers.
-#include <cstddef>
-
-#ifdef __GLIBCXX__
-#if !_GLIBCXX_USE_CXX11_ABI
-#error "korvan needs the C++11 strings: compile with _GLIBCXX_USE_CXX11_ABI=1"
-#endif
-#ifdef _GLIBCXX_DEBUG
-#error "korvan's maps are not those of _GLIBCXX_DEBUG: compile without it"
-#endif
 #endif
 
 /// Marks what the shared libraries export. Everything else in them is hidden.

@@ -40,10 +40,15 @@
 #define KORVAN_INI_FILE_H_
 
 #include <korvan/export.h>
+#include <korvan/text.h>
 
 #include <iosfwd>
 #include <map>
 #include <string>
+
+#ifdef _GLIBCXX_DEBUG
+#error "korvan's maps are not those of _GLIBCXX_DEBUG: compile without it"
+#endif
 
 namespace korvan {
 

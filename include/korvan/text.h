@@ -12,6 +12,10 @@
 
 #include <string>
 
+#if defined(__GLIBCXX__) && !_GLIBCXX_USE_CXX11_ABI
+#error "korvan needs the C++11 strings: compile with _GLIBCXX_USE_CXX11_ABI=1"
+#endif
+
 namespace korvan {
 
 /// Erases the characters of `set` from the right end of `text`.
