@@ -147,7 +147,9 @@ class KORVAN_API CIniFileA {
       ///         that name in any case, ITS OWN PRESENT NAME INCLUDED ("k" to
       ///         "K" is refused), or where the owner is null.
       /// @errors{The name is taken, or there is no owner: false.}
-      /// @ownership{The text is copied.}
+      /// @par Ownership
+      /// The text is copied. A KEY THAT NO SECTION HOLDS BECOMES ITS OWNER'S by
+      /// that, which deletes it in the end: it must come from `new`.
       /// @changes
       bool SetKeyName(std::string name);
 
@@ -195,8 +197,9 @@ class KORVAN_API CIniFileA {
     ///               must outlive the section's renaming.
     /// @param name   the name, taken as it is.
     /// @errors{None.}
-    /// @ownership{The owner is only observed. The new object is the caller's.}
-    /// @changes
+    /// @ownership{The new object is the caller's, until it is renamed.}
+    /// @threads{Any thread. The owner is only observed.}
+    /// @throws std::bad_alloc or std::length_error when allocation fails.
     CIniSectionA(CIniFileA* owner, std::string name);
 
     /// Destroys the section's keys. Leaves the owner alone: a section that a
@@ -305,7 +308,9 @@ class KORVAN_API CIniFileA {
     ///         of that name in any case, ITS OWN PRESENT NAME INCLUDED
     ///         ("Main" to "MAIN" is refused), or where the owner is null.
     /// @errors{The name is taken, or there is no owner: false.}
-    /// @ownership{The text is copied.}
+    /// @par Ownership
+    /// The text is copied. A SECTION THAT NO DOCUMENT HOLDS BECOMES ITS OWNER'S
+    /// by that, which deletes it in the end: it must come from `new`.
     /// @changes
     bool SetSectionName(std::string name);
 
@@ -464,7 +469,8 @@ class KORVAN_API CIniFileA {
   /// @errors{The stream's state tells.}
   /// @ownership{The stream stays the caller's.}
   /// @threads{Any thread, while none changes the document or uses the stream.}
-  /// @throws what the stream throws because of its `exceptions()`.
+  /// @throws std::bad_alloc or std::length_error when allocation fails, and
+  ///         what the stream throws because of its `exceptions()`.
   void Save(std::ostream& output);
 
   /// Writes the document to a file as `Save` to a stream does. An existing
@@ -480,7 +486,9 @@ class KORVAN_API CIniFileA {
   /// The file can't be opened: false. A write that fails is not told;
   /// save to a stream of your own to see it.
   /// @ownership{The document stays as it is.}
-  /// @reads
+  /// @threads{Any thread, while none changes the document.}
+  /// @throws std::bad_alloc or std::length_error when allocation fails. THE
+  ///         FILE MAY HAVE BEEN EMPTIED by then.
   bool Save(const std::string& file_name);
 
   /// Gives all sections, to walk over.

@@ -13,8 +13,10 @@
 /// Errors. A lookup reports failure by null and sets no last-error code of its
 /// own. Loading a name whose text is missing leaves behind the 87,
 /// `ERROR_INVALID_PARAMETER`, of `LoadString_korvan`, also where the lookup
-/// succeeds. The only exception is `std::bad_alloc`, when allocation for a
-/// name fails: the record's name then stays null for good.
+/// succeeds. The library throws `std::bad_alloc` alone, when allocation for a
+/// name fails; where a process defines `SetLastError` or `LoadString_korvan`
+/// itself, what these throw passes, too. The record's name then stays null for
+/// good.
 ///
 /// Threads. Lookups may run on any number of threads at once, first use of a
 /// name included: all come back with the one name that is kept. Lookups of
@@ -120,7 +122,9 @@ KORVAN_API extern const OID_TABLE_INFO oid_registry[9];
 /// @par Ownership
 /// The record belongs to the registry, and so does all that it
 /// points to. It is valid until the library is unloaded.
-/// @threads{Any thread at any time, but not while `CleanupOidInfo` runs.}
+/// @par Threads
+/// Any thread, but not while `CleanupOidInfo` runs or while another changes the
+/// process's locale.
 /// @throws std::bad_alloc when allocation for a name fails: that name then
 ///         stays null for good.
 KORVAN_API COidData* FindOIDInfo(unsigned int dwKeyType, void* pvKey,

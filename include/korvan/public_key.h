@@ -16,7 +16,8 @@
 /// <korvan/oid_info.h>. Exceptions of the platform's ASN.1 record classes, and
 /// `std::bad_alloc` of working memory, pass through: no last error is set then
 /// and no output buffer made. The bundled classes need such memory only for a
-/// key of more than 512 bytes.
+/// key of more than 512 bytes. What a host's `SetLastError` throws passes, too:
+/// the outputs are then what the error leaves that it was to set.
 #ifndef KORVAN_PUBLIC_KEY_H_
 #define KORVAN_PUBLIC_KEY_H_
 

@@ -37,7 +37,7 @@
 /// Success leaves the last error alone.
 /// @ownership{The buffer stays the caller's.}
 /// @threads{Any thread at any time.}
-/// @exceptions{None. (A process's own function may throw what it likes.)}
+/// @exceptions{What a host's `SetLastError` throws; else none.}
 KORVAN_API int LoadString_korvan(void* hModule, unsigned int uID,
                                  char* lpBuffer, int cchBufferMax);
 

@@ -181,6 +181,30 @@ bool ConvertThrows(const char* oid) {
   return threw;
 }
 
+// Asks for a blob of 2^32 bytes, whose size is 0 in 32 bits: that is no memory,
+// and the outputs are those of this failure though nobody can be told of it.
+void FailToTellOfNoMemory() {
+  faulty_operation = "SetLastError";
+  calls_until_fault = 1;
+  unsigned char bits[66] = {0x04, 0x40};
+  char oid[] = "1.2.643.2.2.19";
+  CERT_PUBLIC_KEY_INFO info = {};
+  info.Algorithm.pszObjId = oid;
+  info.Algorithm.Parameters = {0xFFFFFFB0, bits};
+  info.PublicKey = {sizeof(bits), bits, 0};
+  unsigned char* blob = EarlierBuffer();
+  unsigned int size = kUntouched;
+  bool threw = false;
+  try {
+    korvan::KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size);
+  } catch (const Fault&) {
+    threw = true;
+  }
+  Expect(threw && blob == nullptr && size == 0,
+         "the size that there is no memory for, and no blob");
+  std::free(blob);
+}
+
 // Splits a blob of 64 key bytes and 8 parameter bytes. Returns the same.
 bool EncodeThrows() {
   unsigned char blob[88] = {0x06, 0x20, 0, 0, 0x23, 0x2E, 0, 0};
@@ -241,6 +265,7 @@ void ThrowFromEachOperation() {
 
 int main() {
   Expect(Throws("none", 1) == 0, "nothing throws unless it is told to");
+  FailToTellOfNoMemory();
   ThrowFromEachOperation();  // so that what is kept for good is there
   const auto before = mallinfo2().uordblks;
   for (int round = 0; round < 50; ++round) {

@@ -30,7 +30,7 @@ class KORVAN_API IdentObj {
   /// @errors{None.}
   /// @ownership{The buffer is the caller's, its bytes the buffer's.}
   /// @threads{Any thread.}
-  /// @exceptions{None of this one.}
+  /// @exceptions{None. A host's own may throw.}
   IdentObj();
 
   /// Makes a buffer that holds a copy of `count` bytes.
@@ -138,7 +138,7 @@ class KORVAN_API CASNTBaseRecord {
   /// @errors{None.}
   /// @ownership{The record is the caller's.}
   /// @threads{Any thread.}
-  /// @exceptions{None of this one.}
+  /// @exceptions{None. A host's own may throw.}
   CASNTBaseRecord();
 
   CASNTBaseRecord(const CASNTBaseRecord&) = delete;
@@ -198,7 +198,7 @@ class KORVAN_API CASNTBaseRecord {
   /// @errors{None.}
   /// @ownership{The result is the caller's.}
   /// @threads{One thread, while no other uses the record.}
-  /// @exceptions{None of this one.}
+  /// @exceptions{None. A host's own may throw.}
   unsigned int GetTag() const;
 
   /// Returns the length of the content.
@@ -210,7 +210,7 @@ class KORVAN_API CASNTBaseRecord {
   /// @errors{None.}
   /// @ownership{The result is the caller's.}
   /// @threads{One thread, while no other uses the record.}
-  /// @exceptions{None of this one.}
+  /// @exceptions{None. A host's own may throw.}
   unsigned int GetEntrySize() const;
 
   /// Returns the constructed bit (8.1.2.5).
@@ -221,7 +221,7 @@ class KORVAN_API CASNTBaseRecord {
   /// @errors{None.}
   /// @ownership{The result is the caller's.}
   /// @threads{One thread, while no other uses the record.}
-  /// @exceptions{None of this one.}
+  /// @exceptions{None. A host's own may throw.}
   bool GetIsConstraction() const;
 
   /// Returns the content.
@@ -237,7 +237,7 @@ class KORVAN_API CASNTBaseRecord {
   /// The content is the record's, and valid until the record is
   /// changed or destroyed.
   /// @threads{One thread, while no other uses the record.}
-  /// @exceptions{None of this one.}
+  /// @exceptions{None. A host's own may throw.}
   const IdentObj& GetRecord(int* status) const;
 
   /// Gives the record a tag and makes it primitive. The content stays.
@@ -249,7 +249,7 @@ class KORVAN_API CASNTBaseRecord {
   /// @errors{None.}
   /// @ownership{Buffers that the record gave out are no longer valid.}
   /// @threads{One thread, while no other uses the record.}
-  /// @exceptions{None of this one.}
+  /// @exceptions{None. A host's own may throw.}
   void SetTag(unsigned int tag);
 
   /// Gives the record a content. Tag and constructed bit stay.
@@ -282,7 +282,7 @@ class KORVAN_API CASNTBaseRecord {
   /// The encoding is the record's, and valid until the record is
   /// changed, asked for it again or destroyed.
   /// @threads{One thread, while no other uses the record.}
-  /// @exceptions{None of this one.}
+  /// @exceptions{None. A host's own may throw.}
   const IdentObj& GetEncodedRecord(int* status) const;
 
  private:

@@ -20,7 +20,7 @@ extern "C" {
 /// @errors{None.}
 /// @ownership{Each thread has a code of its own, 0 until it is first set.}
 /// @threads{Any thread at any time.}
-/// @exceptions{None of this one.}
+/// @exceptions{None. A host's own may throw.}
 KORVAN_API void SetLastError(unsigned int code);
 
 /// Returns the calling thread's last-error code.
@@ -35,7 +35,7 @@ KORVAN_API void SetLastError(unsigned int code);
 /// @errors{None.}
 /// @ownership{As for `SetLastError`.}
 /// @threads{Any thread at any time.}
-/// @exceptions{None of this one.}
+/// @exceptions{None. A host's own may throw.}
 KORVAN_API unsigned int GetLastError();
 }
 
