@@ -213,11 +213,12 @@ std::vector<std::wstring> Nearest(const Key& key, DWORD group) {
       return Distance(other.second, text) == 0;
     };
     if (distance <= most && std::ranges::none_of(found, is_same)) {
-      found.emplace_back(distance, text);
+      // Of those equally far, the first stays the first.
+      const auto place = std::ranges::upper_bound(
+          found, distance, {}, [](const auto& one) { return one.first; });
+      found.emplace(place, distance, text);
     }
   }
-  std::ranges::stable_sort(found, {},
-                           [](const auto& one) { return one.first; });
   std::vector<std::wstring> nearest;
   for (const auto& [distance, text] : found) {
     if (nearest.size() < kMost) {

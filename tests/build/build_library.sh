@@ -1,8 +1,9 @@
 #!/bin/sh
 # build_library.sh [--self-test] CMAKE COMPILER SOURCE_DIR WORK_DIR FLAGS
-# Builds the library alone with FLAGS, every warning an error, and installs it
-# to WORK_DIR/installed. What WORK_DIR has of an earlier build, which passed, is
-# not built again.
+#   [OPTION...]
+# Builds the library alone with FLAGS and with options of CMake, every warning an
+# error, and installs it to WORK_DIR/installed. What WORK_DIR has of an earlier
+# build, which passed, is not built again.
 set -eu
 
 if [ "$1" = --self-test ]; then
@@ -29,6 +30,7 @@ if [ "$1" = --self-test ]; then
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4 flags=$5
+shift 5
 
 mkdir -p "$work"
 rm -rf "$work/installed"
@@ -38,7 +40,7 @@ trap '[ $? -eq 0 ] || rm -rf "$work/build"' EXIT
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release \
   -DCMAKE_CXX_FLAGS_RELEASE="$flags" -DKORVAN_WARNINGS_AS_ERRORS=ON \
   -DKORVAN_BUILD_TESTS=OFF -DKORVAN_BUILD_EXAMPLES=OFF \
-  -DKORVAN_BUILD_TOOLS=OFF \
+  -DKORVAN_BUILD_TOOLS=OFF "$@" \
   > "$work/log" 2>&1 || { cat "$work/log"; exit 1; }
 "$cmake" --build "$work/build" >> "$work/log" 2>&1 ||
   { cat "$work/log"; exit 1; }

@@ -20,8 +20,8 @@ rc::Gen<Bytes> NearlyOctetStrings() {
           rc::gen::inRange(0, 6), rc::gen::inRange(-2, 3)),
       [](const auto& parts) {
         const auto& [tail, length, identifier, form, off] = parts;
-        const auto octet = [length = length](int shift) {
-          return static_cast<unsigned char>(length >> shift);
+        const auto octet = [size = length](int shift) {
+          return static_cast<unsigned char>(size >> shift);
         };
         const Bytes kForms[] = {{octet(0)},
                                 {0x81, octet(0)},
