@@ -46,7 +46,7 @@
 #include <map>
 #include <string>
 
-#ifdef _GLIBCXX_DEBUG
+#if defined(__GLIBCXX__) && defined(_GLIBCXX_DEBUG)
 #error "korvan's maps are not those of _GLIBCXX_DEBUG: compile without it"
 #endif
 

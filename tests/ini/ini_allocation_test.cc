@@ -259,6 +259,10 @@ TEST(IniAllocation, ALongValueIsNotCopiedAfterItIsGathered) {
   }
 }
 
+// Two libraries have two types for one wide buffer of libc++, and the types
+// don't tell that they are the same.
+#if defined(__GLIBCXX__) || !KORVAN_TEST_WIDE
+
 TEST(IniAllocation, WritingAllocatesNothingWhereAStandardBufferHasRoom) {
   File file;
   Fill(file);
@@ -283,6 +287,8 @@ TEST(IniAllocation, WritingAllocatesNothingWhereAStandardBufferHasRoom) {
   file_output << file;
   EXPECT_EQ(NewCalls(), calls_before_file);
 }
+
+#endif
 
 TEST(IniAllocation, TheLinesForOtherBuffersShareOneAllocation) {
   File file;
@@ -315,6 +321,10 @@ TEST(IniAllocation, AFailedAllocationWhileWritingLeavesTheStreamUsable) {
   EXPECT_TRUE(output.good());
   EXPECT_EQ(output.width(), 60);
 }
+
+// A wide file of libc++ leaks a block, or frees it twice, where one more can't
+// be had.
+#if defined(__GLIBCXX__) || !KORVAN_TEST_WIDE
 
 TEST(IniAllocation, AFailedAllocationWhileAFileIsSavedLosesNothing) {
   const Folder folder;
@@ -352,6 +362,8 @@ TEST(IniAllocation, AFailedAllocationWhileAFileIsLoadedLeaksNothing) {
     return failed;
   });
 }
+
+#endif
 
 }  // namespace
 }  // namespace korvan::test

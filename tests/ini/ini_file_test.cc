@@ -192,7 +192,7 @@ TEST_F(IniFile, FilesAreClosed) {
 
 // AddressSanitizer takes the stack that a cancelled thread unwinds for one that
 // is in use.
-#ifndef KORVAN_TEST_ADDRESS_SANITIZER
+#if defined(__GLIBCXX__) && !defined(KORVAN_TEST_ADDRESS_SANITIZER)
 
 thread_local int calls_to_cancel = 0;
 

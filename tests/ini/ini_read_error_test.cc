@@ -60,6 +60,9 @@ std::string Loaded(const std::vector<std::string>& reads) {
   return ContentOf(file);
 }
 
+// The files of libc++ read by other means, which this program does not replace.
+#ifdef __GLIBCXX__
+
 std::string PlainLoaded(const std::vector<std::string>& reads) {
   next_reads = reads;
   std::ifstream input(kFile, std::ios::binary);
@@ -67,6 +70,10 @@ std::string PlainLoaded(const std::vector<std::string>& reads) {
   plain.Load(input, false);
   next_reads.clear();
   return ContentOf(plain);
+}
+
+void ExpectAsPlain(const std::vector<std::string>& reads) {
+  EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
 }
 
 // Enough keys in no order to be entered at once, and to be read ahead for.
@@ -78,21 +85,22 @@ std::string ARun() {
   return lines;
 }
 
-TEST(IniReadError, ALineThatAnErrorCutsIsDropped) {
-  const std::vector<std::string> reads = {"[Main]\n[k=v\n[path=/usr/lo",
-                                          kFails};
-  EXPECT_EQ(Loaded(reads), "Main{[k=v}");
-  EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
+TEST(IniReadError, ALineThatAnErrorCutsIsDroppedAsGetlineDropsIt) {
+  ExpectAsPlain({"[Main]\n[k=v\n[path=/usr/lo", kFails});
 }
 
 TEST(IniReadError, ALineBehindARunThatAnErrorCutsIsDropped) {
-  const std::vector<std::string> reads = {ARun() + "[path=/usr/lo", kFails};
-  EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
+  ExpectAsPlain({ARun() + "[path=/usr/lo", kFails});
 }
 
 TEST(IniReadError, WhatComesBehindTheEndIsForTheNextLoad) {
-  const std::vector<std::string> reads = {ARun(), kEnds, "[late=v\n", kEnds};
-  EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
+  ExpectAsPlain({ARun(), kEnds, "[late=v\n", kEnds});
+}
+
+#endif
+
+TEST(IniReadError, ALineThatAnErrorCutsIsDropped) {
+  EXPECT_EQ(Loaded({"[Main]\n[k=v\n[path=/usr/lo", kFails}), "Main{[k=v}");
 }
 
 TEST(IniReadError, AReadThatASignalInterruptsIsRepeated) {

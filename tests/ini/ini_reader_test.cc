@@ -358,6 +358,10 @@ TEST_F(IniReader, LongLinesAreReadWhole) {
             "k=" + value + "{} " + name + "{[" + name + "=" + value + "}");
 }
 
+// LLVM's unwinder, which libc++ comes with, is not that of the C library, and
+// crashes here without korvan, too.
+#ifdef __GLIBCXX__
+
 // Cancelling a thread runs through the reader like an exception that nobody
 // may keep.
 TEST_F(IniReader, AThreadThatEndsWhileItReadsEnds) {
@@ -375,6 +379,8 @@ TEST_F(IniReader, AThreadThatEndsWhileItReadsEnds) {
   thread.join();
   EXPECT_FALSE(returned);
 }
+
+#endif
 
 }  // namespace
 }  // namespace korvan::test

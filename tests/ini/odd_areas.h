@@ -78,13 +78,16 @@ class FullDisk {
 };
 
 // Fills the buffer of a file that takes nothing, by one character too many,
-// which leaves `pptr` one beyond `epptr`. The stream does not notice.
+// which leaves `pptr` one beyond `epptr`. The stream does not notice. libc++
+// keeps that character without a word.
 inline void Overfill(FileBuffer& buffer, std::size_t block) {
   std::ostreambuf_iterator<Char> place(&buffer);
   for (std::size_t i = 0; i < block; ++i) {
     *place++ = Char{'x'};
   }
+#ifdef __GLIBCXX__
   EXPECT_TRUE(place.failed());
+#endif
 }
 
 // A document and the plain one alike, with lines of which some are longer than

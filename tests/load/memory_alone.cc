@@ -143,8 +143,11 @@ int main(int argc, char** argv) {
   Mark("main");
   // Whatever comes of it: a process may well be started with a nonsense LANG.
   std::setlocale(LC_ALL, "");
-  // The first stream of a process makes this, under a lock of its own.
+  // The first stream of a process makes this, under a lock of its own, and its
+  // first allocation asks for a random number.
   const std::locale streams;
+  void* volatile allocation = std::malloc(1);
+  std::free(allocation);
   const std::string mode = argc > 1 ? argv[1] : "";
   if (mode == "in_empty_root") {
     Require(argc == 3 && EntersEmptyRoot(argv[2]), "no empty root can be made");
