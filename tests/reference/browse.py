@@ -19,7 +19,7 @@ PICTURES = {
     "front": ("index.html", "//h1"),
     "registry": ("registry.html", "//h1"),
     "function": ("namespacekorvan.html", "//h2[contains(., 'FindOIDInfo()')]"),
-    "plot": ("md_docs_performance.html", "//object"),
+    "plot": ("performance_page.html", "//object"),
 }
 
 

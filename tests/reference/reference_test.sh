@@ -34,8 +34,8 @@ if [ "$1" = --self-test ]; then
     html/files.html 's/"oid__info_8h.html"/"none.html"/'
   without "a place" 'links to #none, a place that is not there' \
     html/index.html '1s/^/<a href="#none"><\/a>/'
-  without "an image" 'md_docs_performance.html shows the command @image' \
-    html/md_docs_performance.html "\$s/^/@image/"
+  without "an image" 'performance_page.html shows the command @image' \
+    html/performance_page.html "\$s/^/@image/"
   mkdir "$work/empty"
   must_fail "no reference" 'nothing to look at\|is exported, but not' \
     looked_at "$python" "$work/empty" "$symbols"
