@@ -29,9 +29,9 @@ static int Get(void* library, const char* name, void* function) {
 }
 
 int main(void) {
-  FindOidInfo* find;
-  LoadString* load;
-  GetLastErrorCode* get_last_error;
+  FindOidInfo* find = NULL;
+  LoadString* load = NULL;
+  GetLastErrorCode* get_last_error = NULL;
   char oid[] = "1.2.643.2.2.19";
   char text[256] = "";
   const OidInfo* found;
