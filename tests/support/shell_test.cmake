@@ -12,6 +12,18 @@ function(korvan_shell_test name script)
   korvan_self_test(${name} ${script} ${ARGN})
 endfunction()
 
+# korvan_require_fixture(<fixture> <test>...)
+# The tests need a fixture, and so do their self-tests, where there are any.
+function(korvan_require_fixture fixture)
+  foreach(test ${ARGN})
+    foreach(name ${test} ${test}_can_fail)
+      if(TEST ${name})
+        set_property(TEST ${name} APPEND PROPERTY FIXTURES_REQUIRED ${fixture})
+      endif()
+    endforeach()
+  endforeach()
+endfunction()
+
 # korvan_self_test(<name> <script> [<argument>...])
 # adds the test <name>_can_fail, which runs <script> with --self-test before
 # the same arguments: that breaks what the test looks at, and must see it fail.
