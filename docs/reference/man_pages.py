@@ -20,17 +20,15 @@ def escaped(text):
     return re.sub(r"^([.'])", r"\\&\1", text, flags=re.MULTILINE)
 
 
-def words(node):
-    """The text of an element that stands in a line."""
-    parts = [escaped(re.sub(r"\s+", " ", node.text or ""))]
-    for child in node:
-        inner = words(child)
-        if child.tag == "computeroutput" or child.tag == "bold":
-            inner = rf"\fB{inner}\fP"
-        elif child.tag == "emphasis":
-            inner = rf"\fI{inner}\fP"
-        parts += inner, escaped(re.sub(r"\s+", " ", child.tail or ""))
-    return "".join(parts)
+def words(text):
+    return escaped(re.sub(r"\s+", " ", text or ""))
+
+
+def in_line(node):
+    """An element that stands in a line."""
+    text = words(node.text) + "".join(
+        in_line(child) + words(child.tail) for child in node)
+    return rf"\fB{text}\fP" if node.tag == "computeroutput" else text
 
 
 def listing(text):
@@ -50,26 +48,21 @@ def term(title, nodes):
 
 def blocks(node):
     """The lines of an element that has paragraphs in it, or is one."""
-    lines, line = [], [escaped(re.sub(r"\s+", " ", node.text or ""))]
+    lines, line = [], [words(node.text)]
 
-    def end_line(start=".PP"):
+    def end_line():
         text = "".join(line).strip()
         if text:
-            lines.extend([start, re.sub(r"^([.'])", r"\\&\1", text)])
+            lines.extend([".PP", re.sub(r"^([.'])", r"\\&\1", text)])
         line.clear()
 
     for child in node:
         if child.tag == "para":
             end_line()
             lines += blocks(child)
-        elif child.tag in ("verbatim", "preformatted"):
+        elif child.tag == "verbatim":
             end_line()
             lines += [".PP"] + listing("".join(child.itertext()))
-        elif child.tag == "programlisting":
-            end_line()
-            lines += [".PP"] + listing("\n".join(
-                "".join(" " if part.tag == "sp" else part.text or ""
-                        for part in code.iter()) for code in child))
         elif child.tag == "itemizedlist":
             end_line()
             lines.append(".RS 2")
@@ -82,21 +75,18 @@ def blocks(node):
             end_line()
             for item in child:
                 name = item.findtext("parameternamelist/parametername")
-                style = r"\fI" if child.get("kind") == "param" else r"\fB"
-                lines += term(rf"{style}{escaped(name)}\fP",
+                title = (rf"\fI{escaped(name)}\fP"
+                         if child.get("kind") == "param"
+                         else rf"Throws \fB{escaped(name)}\fP")
+                lines += term(title,
                               item.findall("parameterdescription/para"))
         elif child.tag == "simplesect":
             end_line()
             title = child.findtext("title") or "Result"
             lines += term(escaped(title), child.findall("para"))
-        elif child.tag == "blockquote" or child.tag == "parblock":
-            end_line()
-            lines += sum(map(blocks, child), [])
         else:
-            inner = words(child)
-            line.append(rf"\fB{inner}\fP" if child.tag in (
-                "computeroutput", "bold") else inner)
-        line.append(escaped(re.sub(r"\s+", " ", child.tail or "")))
+            line.append(in_line(child))
+        line.append(words(child.tail))
     end_line()
     return lines
 
@@ -120,9 +110,8 @@ def names_of(entry, header):
     if entry.tag == "compounddef":
         name = entry.findtext("compoundname").removeprefix("korvan::")
         return [] if header == "cryptoapi" else [name]
-    return [name_of(entry)] if is_exported(entry) or (
-        "extern" in entry.findtext("definition", "") or
-        name_of(entry) == "oid_registry") else []
+    is_wanted = is_exported(entry) or name_of(entry) == "oid_registry"
+    return [name_of(entry)] if is_wanted else []
 
 
 def declaration(member):
@@ -198,7 +187,7 @@ def page(reference, header, version):
     names = list(dict.fromkeys(name for entry in entries
                                for name in names_of(entry, header)))
     file = reference.files[header]
-    brief = words(file.find("briefdescription/para")).strip().rstrip(".")
+    brief = in_line(file.find("briefdescription/para")).strip().rstrip(".")
     lines = [f'.TH {page_name(header).upper()} 3 "" "korvan {version}" "korvan"',
              ".SH NAME",
              ", ".join(map(escaped, [page_name(header), *names])) +
