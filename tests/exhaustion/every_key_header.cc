@@ -62,8 +62,8 @@ int main() {
   using korvan::test::kHeaders;
   using korvan::test::LookAt;
   int status = LookAt(0, 1) | LookAt(1, 1 << 8) | LookAt(2, 1 << 16);
-  for (const unsigned int size :
-       {3, 4, 66, 67, 129, 130, 131, 132, 133, 257, 258, 259, 260}) {
+  for (const unsigned int size : {3U, 4U, 66U, 67U, 129U, 130U, 131U, 132U,
+                                  133U, 257U, 258U, 259U, 260U}) {
     status |= LookAt(size, kHeaders);
   }
   return status;
