@@ -38,9 +38,10 @@ bool ActsOnATerminal(wchar_t character) {
          (unit >= 0x2066 && unit <= 0x2069) || !IsCharacter(unit);
 }
 
-std::string Formatted(const char* form, unsigned int number) {
-  char text[24];
-  std::snprintf(text, sizeof(text), form, number);
+// In hexadecimal, with `least` digits at least.
+std::string InHex(unsigned int number, int least) {
+  char text[9];
+  std::snprintf(text, sizeof(text), "%0*X", least, number);
   return text;
 }
 
@@ -51,7 +52,7 @@ void AppendPrintable(std::string& text, wchar_t character) {
                                 ? static_cast<std::size_t>(-1)
                                 : std::wcrtomb(bytes, character, &state);
   if (count == static_cast<std::size_t>(-1)) {
-    text += Formatted("\\u{%X}", static_cast<unsigned int>(character));
+    text += "\\u{" + InHex(static_cast<unsigned int>(character), 1) + "}";
   } else {
     text.append(bytes, count);
   }
@@ -104,7 +105,7 @@ std::string Converted(std::string_view text, Append append) {
   std::string converted;
   DecodeLocale(
       text, [&](wchar_t character) { append(converted, character); },
-      [&](unsigned int byte) { converted += Formatted("\\x%02X", byte); });
+      [&](unsigned int byte) { converted += "\\x" + InHex(byte, 2); });
   return converted;
 }
 
@@ -212,10 +213,14 @@ void PrintJson(const Json& json) {
     }
     const std::wstring character = FromUtf8(text.substr(at, 4)).substr(0, 1);
     const std::string utf8 = ToUtf8(character);
-    std::cout << (character != L"\n" && ActsOnATerminal(character[0])
-                      ? Formatted("\\u%04x",
-                                  static_cast<unsigned int>(character[0]))
-                      : utf8);
+    if (character != L"\n" && ActsOnATerminal(character[0])) {
+      char escape[11];
+      std::snprintf(escape, sizeof(escape), "\\u%04x",
+                    static_cast<unsigned int>(character[0]));
+      std::cout << escape;
+    } else {
+      std::cout << utf8;
+    }
     at += utf8.size();
   }
   std::cout << '\n';
