@@ -24,6 +24,7 @@ if [ "$1" = --self-test ]; then
     '^lookup.cc: without -Wformat=2$' 's/ -Wformat=2//'
   breaks "a flag that is left out" \
     '^lookup.cc: without -fno-strict-overflow$' 's/ -fno-strict-overflow//'
+  # shellcheck disable=SC2016  # CMake's variable
   breaks "a library that is not hardened" \
     '^last_error.cc: without -fstack-protector-strong$' \
     's/${korvan_hardening}//'
