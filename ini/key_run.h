@@ -38,15 +38,17 @@ class KeyRun {
       : section_(section), keys_(keys), fold_(fold) {}
 
   // Gathers the key lines at the beginning of `text`: up to the first header,
-  // to the first name that only a line by itself can enter, or to kMostLines.
-  // The text must stay valid.
+  // to the first name that only a line by itself can enter, or to as many as a
+  // run may have. The text must stay valid.
   void Gather(View text, Char line_feed) {
     size_ = 0;
     lines_.clear();
+    const std::size_t most_lines = MostLines(text);
     for (std::size_t end = text.find(line_feed); end != View::npos;
          end = text.find(line_feed, size_)) {
       const Line<Char> line = ParseLine(text.substr(size_, end - size_));
-      if (line.kind == LineKind::kHeader || lines_.size() == kMostLines ||
+      MakeRoom(lines_, most_lines);
+      if (line.kind == LineKind::kHeader || lines_.size() == most_lines ||
           (line.kind == LineKind::kKey && !Add(line))) {
         break;
       }
@@ -73,9 +75,6 @@ class KeyRun {
 
  private:
   using Key = NodeOf<Keys>;
-
-  // Limits the memory that a run takes: 32 bytes for each line.
-  static constexpr std::size_t kMostLines = std::size_t{1} << 20;
 
   // How many lines before it is entered the text of a line is fetched.
   static constexpr std::ptrdiff_t kPrefetchedLines = 8;
@@ -107,6 +106,23 @@ class KeyRun {
     Key* key;
     String value;
   };
+
+  // Limits the memory that a run takes: a text of the shortest lines must not
+  // ask for a block many times as large as it is.
+  static std::size_t MostLines(View text) {
+    constexpr std::size_t kMost = std::size_t{1} << 20;
+    constexpr std::size_t kSmall = std::size_t{64} << 10;
+    const std::size_t bytes = kSmall + 4 * text.size() * sizeof(Char);
+    return std::min(kMost, bytes / std::max(sizeof(KeyLine), sizeof(NewValue)));
+  }
+
+  // Makes room for one more, and for no more than `most` at all.
+  template <class Vector>
+  static void MakeRoom(Vector& vector, std::size_t most) {
+    if (vector.size() == vector.capacity()) {
+      vector.reserve(std::clamp<std::size_t>(2 * vector.size(), 16, most));
+    }
+  }
 
   bool Add(const Line<Char>& line) {
     const View name = WithoutTrailing(IsBlank<Char>,
@@ -206,6 +222,7 @@ class KeyRun {
           return false;
         }
         if (is_there) {
+          MakeRoom(new_values_, lines_.size());
           new_values_.push_back({place->second, String(line->Value())});
           changed = &place->first;
           continue;
