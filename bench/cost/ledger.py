@@ -89,7 +89,7 @@ def operation(dump):
     return None
 
 
-def dumps(program):
+def dumps(program, arguments):
     """The dumps of a run of the program, one for each operation, in order.
 
     It runs in a new folder under a short name and in an environment that is
@@ -105,7 +105,7 @@ def dumps(program):
         run = subprocess.run(
             [valgrind, "--tool=callgrind", "--collect-atstart=no",
              "--compress-strings=no", "--compress-pos=no",
-             "--callgrind-out-file=dump", f"./{program.name}"],
+             "--callgrind-out-file=dump", f"./{program.name}", *arguments],
             cwd=folder, env={"LC_ALL": "C"}, capture_output=True, text=True,
             check=False)
         if run.returncode != 0:
@@ -115,11 +115,11 @@ def dumps(program):
         return [path.read_text() for path in paths]
 
 
-def count(programs):
+def count(programs, *arguments):
     """{operation: cost} of all programs, in the order in which they ran."""
     costs = {}
     for program in programs:
-        for dump in dumps(program):
+        for dump in dumps(program, arguments):
             name = operation(dump)
             if name is None:
                 continue
