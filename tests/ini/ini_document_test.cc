@@ -146,6 +146,14 @@ TEST(IniDocument, TheComparatorIsWhatTheCLibrarySays) {
   EXPECT_TRUE(less("_"_t, "A"_t));
 }
 
+TEST(IniDocument, ComparingNamesAllocatesNothing) {
+  const String left = String(100, 'n') + "a"_t;
+  const String right = String(100, 'N') + "B"_t;
+  const FailingNew none(0);
+  EXPECT_TRUE(Less()(left, right));
+  EXPECT_FALSE(Less()(right, left));
+}
+
 TEST(IniDocument, NamesCompareUpToTheirFirstNul) {
   const Less less;
   EXPECT_FALSE(less("a\0b"_t, "a"_t));

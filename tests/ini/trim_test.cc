@@ -5,6 +5,7 @@
 
 #include "ini/shown.h"
 #include "ini/width.h"
+#include "support/failing_new.h"
 
 namespace korvan::test {
 namespace {
@@ -54,6 +55,16 @@ TEST_F(Trim, EveryCharacterOfTheSetStandsForItself) {
 TEST_F(Trim, NulIsACharacterLikeOthersInTextAndSet) {
   EXPECT_EQ(Trimmed(korvan::Trim, "\0a\0b\0"_t, "\0"_t), "a\\0;b");
   EXPECT_EQ(Trimmed(korvan::Trim, " \0 "_t, " "_t), "\\0;");
+}
+
+TEST_F(Trim, TrimmingAllocatesNothing) {
+  const String set = " \t"_t;
+  for (const auto trim : {Trimming{korvan::Trim}, Trimming{korvan::LTrim},
+                          Trimming{korvan::RTrim}}) {
+    String text = String(100, ' ') + "name"_t + String(100, '\t');
+    const FailingNew none(0);
+    EXPECT_NO_THROW(trim(text, set));
+  }
 }
 
 TEST_F(Trim, TheTextMayBeItsOwnSet) {
