@@ -7,12 +7,11 @@
 #include <korvan/cryptoapi.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <optional>
-#include <type_traits>
 
 #include "oid/rows.h"
 
@@ -27,23 +26,18 @@ inline constexpr HashCode kMixer = 0x9E3779B97F4A7C15;
 // The characters from `text` on as one number, as they lie in memory.
 template <class Word>
 constexpr std::uint64_t WordAt(const char* text) {
-  static_assert(std::endian::native == std::endian::little);
-  Word word = 0;
-  if (std::is_constant_evaluated()) {
-    for (std::size_t i = 0; i < sizeof(Word); ++i) {
-      word |= static_cast<Word>(static_cast<unsigned char>(text[i])) << (8 * i);
-    }
-  } else {
-    std::memcpy(&word, text, sizeof word);
-  }
-  return word;
+  std::array<char, sizeof(Word)> characters;
+  std::copy_n(text, sizeof(Word), characters.begin());
+  return std::bit_cast<Word>(characters);
 }
 
-constexpr std::size_t OidLength(const Row& row) { return row.oid.size(); }
+inline constexpr auto kOidLengthOf = [](const Row& row) {
+  return row.oid.size();
+};
 inline constexpr std::size_t kShortestOid =
-    OidLength(*std::ranges::min_element(kRows, {}, OidLength));
+    std::ranges::min(OfEachRow<std::size_t>(kOidLengthOf));
 inline constexpr std::size_t kLongestOid =
-    OidLength(*std::ranges::max_element(kRows, {}, OidLength));
+    std::ranges::max(OfEachRow<std::size_t>(kOidLengthOf));
 
 // An OID as four words, which overlap where it is short. It is compared and
 // hashed without a loop, whose end the processor would have to guess.
@@ -78,11 +72,11 @@ constexpr HashCode OidHashCode(const OidWords& words, std::size_t length) {
          words.third * (kMixer * 5) + words.last * (kMixer * 7);
 }
 
-constexpr std::size_t NameLength(const Row& row) {
+inline constexpr auto kNameLengthOf = [](const Row& row) {
   return row.name.text.size();
-}
+};
 inline constexpr std::size_t kLongestName =
-    NameLength(*std::ranges::max_element(kRows, {}, NameLength));
+    std::ranges::max(OfEachRow<std::size_t>(kNameLengthOf));
 
 // The hash code of a name of `length` characters, narrow or wide. Bit 0x20
 // counts as set in every character, so names that differ in the case of ASCII

@@ -1,7 +1,6 @@
 // The four indexes, computed by the compiler and proved against the rows.
 #include "oid/index.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -11,16 +10,6 @@
 
 namespace korvan::oid {
 namespace {
-
-// What `value_of` gives for each row.
-template <class Value, class ValueOf>
-consteval std::array<Value, kRowCount> OfEachRow(ValueOf value_of) {
-  std::array<Value, kRowCount> values{};
-  for (RowNumber row = 0; row < kRowCount; ++row) {
-    values[row] = static_cast<Value>(value_of(kRows[row]));
-  }
-  return values;
-}
 
 constexpr auto kOidHashCodes = OfEachRow<HashCode>([](const Row& row) {
   return OidHashCode(WordsOf(row.oid.data(), row.oid.size()), row.oid.size());
@@ -73,7 +62,7 @@ static_assert(LeadsToEveryRow(kByAlgid, kAlgidHashCodes,
 constexpr Index<1, 512> kByPair(kPairHashCodes, Repeats::kOncePerGroup);
 static_assert(LeadsToEveryRow(kByPair, kPairHashCodes, Repeats::kOncePerGroup));
 
-constexpr Lengths kOidLengths = OfEachRow<std::uint8_t>(OidLength);
-constexpr Lengths kNameLengths = OfEachRow<std::uint8_t>(NameLength);
+constexpr Lengths kOidLengths = OfEachRow<std::uint8_t>(kOidLengthOf);
+constexpr Lengths kNameLengths = OfEachRow<std::uint8_t>(kNameLengthOf);
 
 }  // namespace korvan::oid

@@ -31,7 +31,7 @@ class Index {
   constexpr RowNumber First(HashCode code) const { return hash_.Find(code); }
 
   // The next row that may have the same key, or kNoRow.
-  constexpr RowNumber Next(RowNumber row) const { return chains_.Next(row); }
+  constexpr RowNumber Next(RowNumber row) const { return chains_[row]; }
 
  private:
   using Entries = std::array<HashEntry, kRowCount>;
@@ -49,7 +49,7 @@ class Index {
   }
 
   consteval Index(const Entries& entries, Repeats repeats)
-      : hash_(entries), chains_(entries, repeats) {}
+      : hash_(entries), chains_(ChainRows(entries, repeats)) {}
 
   PerfectHash<kBuckets, kSlots> hash_;
   RowChains chains_;

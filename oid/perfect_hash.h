@@ -43,7 +43,10 @@ class PerfectHash {
   consteval explicit PerfectHash(std::array<HashEntry, kCount> entries) {
     multipliers_.fill(kMixer);
     slots_.fill(kNoRow);
-    const auto end = std::unique(entries.begin(), entries.end(), HaveOneCode);
+    const auto end = std::unique(entries.begin(), entries.end(),
+                                 [](const HashEntry& a, const HashEntry& b) {
+                                   return a.code == b.code;
+                                 });
     for (auto first = entries.begin(); first != end;) {
       const std::size_t bucket = BucketOf(first->code);
       const auto last = std::find_if(first, end, [&](const HashEntry& entry) {
@@ -63,10 +66,6 @@ class PerfectHash {
   }
 
  private:
-  static constexpr bool HaveOneCode(const HashEntry& a, const HashEntry& b) {
-    return a.code == b.code;
-  }
-
   // A number below `count`, which is a power of two.
   static constexpr std::size_t TopBits(std::uint64_t bits, std::size_t count) {
     return count == 1 ? 0 : bits >> (64 - std::countr_zero(count));

@@ -86,19 +86,22 @@ namespace {
 
 // A search by name goes by the names that the rows state, so a row states the
 // text that the string table has for its number, and none where it has none.
-constexpr bool IsTextOfItsNumber(const RowName& name) {
-  if (name.number == 0) {
-    return true;
-  }
-  const auto row = resources::FindTextRow(name.number);
-  return row == resources::kNoTextRow
-             ? name.text.empty()
-             : name.text == resources::kTextRows[row].Text();
-}
-static_assert(std::ranges::all_of(kRows, IsTextOfItsNumber, &Row::name));
+static_assert(std::ranges::all_of(
+    kRows,
+    [](const RowName& name) {
+      if (name.number == 0) {
+        return true;
+      }
+      const auto row = resources::FindTextRow(name.number);
+      return row == resources::kNoTextRow
+                 ? name.text.empty()
+                 : name.text == resources::kTextRows[row].Text();
+    },
+    &Row::name));
 
-constexpr OID_TABLE_INFO TableOf(const Group& group) {
-  return {group.id, group.rows.Count(), records + group.rows.begin};
+consteval OID_TABLE_INFO TableOf(const Group& group) {
+  const auto [begin, end] = group.rows;
+  return {group.id, static_cast<int>(end - begin), records + begin};
 }
 
 }  // namespace

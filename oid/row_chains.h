@@ -17,32 +17,28 @@ enum class Repeats {
   kOncePerGroup,  // only the first in each group: no search returns another
 };
 
-class RowChains {
- public:
-  // `rows` are in the order of their hash codes, and in the order of the table
-  // where these are equal.
-  consteval RowChains(const std::array<HashEntry, kRowCount>& rows,
-                      Repeats repeats) {
-    next_.fill(kNoRow);
-    HashEntry last = rows[0];
-    for (std::size_t i = 1; i < rows.size(); ++i) {
-      if (rows[i].code == last.code) {
-        if (repeats == Repeats::kOncePerGroup &&
-            kRows[rows[i].row].group == kRows[last.row].group) {
-          continue;
-        }
-        next_[last.row] = static_cast<std::uint16_t>(rows[i].row);
+// For each row the one after it in its chain, or kNoRow.
+using RowChains = std::array<std::uint16_t, kRowCount>;
+
+// `rows` are in the order of their hash codes, and in the order of the table
+// where these are equal.
+consteval RowChains ChainRows(const std::array<HashEntry, kRowCount>& rows,
+                              Repeats repeats) {
+  RowChains next{};
+  next.fill(kNoRow);
+  HashEntry last = rows[0];
+  for (std::size_t i = 1; i < rows.size(); ++i) {
+    if (rows[i].code == last.code) {
+      if (repeats == Repeats::kOncePerGroup &&
+          kRows[rows[i].row].group == kRows[last.row].group) {
+        continue;
       }
-      last = rows[i];
+      next[last.row] = static_cast<std::uint16_t>(rows[i].row);
     }
+    last = rows[i];
   }
-
-  // The row after `row` in its chain, or kNoRow.
-  constexpr RowNumber Next(RowNumber row) const { return next_[row]; }
-
- private:
-  std::array<std::uint16_t, kRowCount> next_{};
-};
+  return next;
+}
 
 }  // namespace korvan::oid
 

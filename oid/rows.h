@@ -29,7 +29,7 @@ struct Row {
   ALG_ID second_algid;  // first word of the extra information, or 0
 };
 
-constexpr DWORD FirstWord(DWORD first = 0, DWORD = 0, DWORD = 0) {
+consteval DWORD FirstWord(DWORD first = 0, DWORD = 0, DWORD = 0) {
   return first;
 }
 
@@ -55,23 +55,36 @@ inline constexpr RowNumber kRowCount = std::size(kRows);
 inline constexpr RowNumber kNoRow = 0xFFFF;
 static_assert(kRowCount == 259);
 
-constexpr bool IsDottedOid(std::string_view oid) {
-  return !oid.empty() && oid.front() != '.' && oid.back() != '.' &&
-         oid.find_first_not_of("0123456789.") == oid.npos;
+// What `value_of` gives for each row.
+template <class Value, class ValueOf>
+consteval std::array<Value, kRowCount> OfEachRow(ValueOf value_of) {
+  std::array<Value, kRowCount> values{};
+  for (RowNumber row = 0; row < kRowCount; ++row) {
+    values[row] = static_cast<Value>(value_of(kRows[row]));
+  }
+  return values;
 }
-static_assert(std::ranges::all_of(kRows, IsDottedOid, &Row::oid));
 
-// Such names are the same in every locale.
-constexpr bool IsPrintableAscii(const RowName& name) {
-  return std::ranges::all_of(name.text,
-                             [](char c) { return c >= 0x20 && c <= 0x7E; });
-}
-static_assert(std::ranges::all_of(kRows, IsPrintableAscii, &Row::name));
+// OIDs are numbers with dots between them.
+static_assert(std::ranges::all_of(
+    kRows,
+    [](std::string_view oid) {
+      return !oid.empty() && oid.front() != '.' && oid.back() != '.' &&
+             oid.find_first_not_of("0123456789.") == oid.npos;
+    },
+    &Row::oid));
+
+// Names of printable ASCII are the same in every locale.
+static_assert(std::ranges::all_of(
+    kRows,
+    [](const RowName& name) {
+      return std::ranges::all_of(name.text,
+                                 [](char c) { return c >= 0x20 && c <= 0x7E; });
+    },
+    &Row::name));
 
 // Rows `begin` up to but not including `end`.
 struct RowRange {
-  constexpr int Count() const { return static_cast<int>(end - begin); }
-
   RowNumber begin;
   RowNumber end;
 };
