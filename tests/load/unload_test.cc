@@ -6,9 +6,9 @@
 
 #include <cstddef>
 #include <fstream>
-#include <string>
 
 #include "support/child_process.h"
+#include "support/mappings.h"
 
 namespace korvan::test {
 namespace {
@@ -48,15 +48,7 @@ class Library {
   void* handle_;
 };
 
-bool IsMapped() {
-  std::ifstream maps("/proc/self/maps");
-  for (std::string line; std::getline(maps, line);) {
-    if (line.find("libkorvan.so") != line.npos) {
-      return true;
-    }
-  }
-  return false;
-}
+bool IsMapped() { return !MappingsOf("libkorvan.so").empty(); }
 
 std::size_t PagesInUse() {
   std::ifstream statm("/proc/self/statm");

@@ -6,19 +6,20 @@
 
 #include <atomic>
 #include <clocale>
+#include <cstddef>
 #include <thread>
 #include <vector>
 
 #include "oid/find.h"
 #include "oid/registry_rows.h"
+#include "support/campaign.h"
 #include "support/child_process.h"
 #include "support/together.h"
 
 namespace korvan::test {
 namespace {
 
-constexpr int kLoadingThreads = 4;
-constexpr int kForks = 334;  // in each of three locales
+constexpr int kLoadingThreads = 16;
 constexpr unsigned int kSecondsUntilHung = 20;
 
 constexpr int kFound = 0;
@@ -33,7 +34,7 @@ int FindAmongAllNames() {
   return found ? kFound : kNotFound;
 }
 
-// Makes four threads load names for the first time in `locale`, forks after
+// Makes all threads load names for the first time in `locale`, forks after
 // `delay` turns of a loop, and returns what became of the child.
 int ForkWhileLoading(const char* locale, int delay) {
   if (std::setlocale(LC_ALL, locale) == nullptr) {
@@ -68,13 +69,17 @@ int ForkWhileLoading(const char* locale, int delay) {
 // Every fork is tried in a process of its own, in which the C library has not
 // yet loaded the locale's converter.
 void ForkManyTimes(const char* locale) {
-  for (int i = 0; i < kForks; ++i) {
+  const std::size_t forks = Rounds(100, 3334);  // in each of three locales
+  for (std::size_t i = 0; i < forks; ++i) {
+    const int delay = static_cast<int>(i % 50 * 40);
     const pid_t fresh =
-        StartChild([&] { return ForkWhileLoading(locale, i % 50 * 40); });
+        StartChild([&] { return ForkWhileLoading(locale, delay); });
     ASSERT_EQ(ExitStatusOf(fresh), kFound)
         << "fork " << i << "; " << kNotFound << ": not found, " << kNoLocale
         << ": no such locale, " << kNoExitStatus << ": hung";
   }
+  Figures(forks, " forks beside ", kLoadingThreads, " loading threads in ",
+          locale);
 }
 
 TEST(OidFork, AChildForkedWhileNamesLoadFindsItsRecordsInTheCLocale) {
