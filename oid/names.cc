@@ -47,6 +47,10 @@ consteval RowBits RowsNamedByNumber() {
 // The rows whose name is not indexed. Read and written atomically.
 constinit RowBits unindexed = RowsNamedByNumber();
 
+// Takes the name that the registry owns from a record and returns it; null if
+// it owns none.
+LPCWSTR TakeName(COidData& record);
+
 }  // namespace
 
 bool AreIndexed(RowRange rows) {
@@ -77,21 +81,15 @@ void InitOidInfoWorker(COidData& record, unsigned int uResourceId) {
 
 void CleanupOidInfo() {
   for (COidData& record : oid::records) {
-    if ((record.dwOidFlags & oid::kNameIsOwned) == 0) {
-      continue;
-    }
-    delete[] record.pwszName;
-    std::atomic_ref(record.dwOidFlags)
-        .fetch_and(~oid::kNameIsOwned, std::memory_order_relaxed);
-    std::atomic_ref(record.pwszName).store(nullptr, std::memory_order_relaxed);
+    delete[] oid::TakeName(record);
   }
 }
 
 namespace oid {
 namespace {
 
-// Held while a name is published, and for nothing else: no allocation, and no
-// call that a host could replace.
+// Held while a name is published or taken, and for nothing else: no allocation,
+// and no call that a host could replace.
 constinit std::mutex publishing;
 
 // A fork copies the forking thread alone, so a lock that another thread holds
@@ -129,6 +127,19 @@ bool IsNameOfRow(LPCWSTR name, RowNumber row) {
   const std::size_t length = std::wcslen(name);
   return length == kNameLengths[row] &&
          NameHashCode(name, length) == kNameHashCodes[row];
+}
+
+// Threads may still look up while the process exits: one that has set the flag
+// writes the name before it gives up the lock.
+LPCWSTR TakeName(COidData& record) {
+  const std::atomic_ref flags(record.dwOidFlags);
+  if ((flags.load(std::memory_order_relaxed) & kNameIsOwned) == 0) {
+    return nullptr;
+  }
+  const std::lock_guard lock(publishing);
+  flags.fetch_and(~kNameIsOwned, std::memory_order_relaxed);
+  return std::atomic_ref(record.pwszName)
+      .exchange(nullptr, std::memory_order_relaxed);
 }
 
 // Puts `name`, which may be null, in the place of the name `replaced`. Returns

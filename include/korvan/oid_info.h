@@ -22,7 +22,8 @@
 /// name included: all come back with the one name that is kept. Lookups of
 /// resolved records take no lock and write nothing. NO LOOKUP MAY OVERLAP
 /// `CleanupOidInfo`, which also runs when the library is unloaded and when the
-/// process exits.
+/// process exits; only at exit may threads still look up, by other keys than
+/// names, and they must not read the names.
 ///
 /// Walking. A caller who walks `oid_registry` while other threads look up must
 /// READ `pwszName` AND `dwOidFlags` ATOMICALLY, because a lookup may write them
