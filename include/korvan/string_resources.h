@@ -37,7 +37,8 @@
 /// Success leaves the last error alone.
 /// @ownership{The buffer stays the caller's.}
 /// @threads{Any thread at any time.}
-/// @exceptions{What a host's `SetLastError` throws; else none.}
+/// @par Exceptions
+/// What a host's `SetLastError` throws, with nothing written; else none.
 KORVAN_API int LoadString_korvan(void* hModule, unsigned int uID,
                                  char* lpBuffer, int cchBufferMax);
 

@@ -104,7 +104,7 @@ class PlainRegistry {
     Row& loading = At(row);
     loading.record.pwszName = nullptr;
     loading.record.dwOidFlags |= kNameIsOwned;
-    char text[256] = {};
+    char text[256 + 1] = {};  // a host's text may have no end
     if (LoadString_korvan(nullptr, number, text, 256) == 0) {
       return;
     }

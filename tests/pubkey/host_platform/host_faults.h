@@ -12,8 +12,13 @@ struct HostFaults {
   int encoding_status = 0;           // what GetEncodedRecord sets
   int content_excess = 0;            // GetRecord gives so many bytes more
   int content_size = -1;             // what GetEntrySize tells, if not negative
-  int calls = 0;                     // counted
-  int alive = 0;                     // buffers and records not yet destroyed
+  int lie_at_call = 0;               // the nth call of all lies; 0 is none
+  bool lies_on = false;              // and all calls after it
+  int lie = 0;             // which one, 0 to 3: host_platform.cc tells them
+  int throw_at_error = 0;  // the nth call of SetLastError throws
+  int errors = 0;          // counted
+  int calls = 0;           // counted
+  int alive = 0;           // buffers and records not yet destroyed
 };
 extern HostFaults host_faults;
 

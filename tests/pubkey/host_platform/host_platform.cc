@@ -5,6 +5,7 @@
 #include <korvan/platform/last_error.h>
 #include <pthread.h>
 
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -26,10 +27,39 @@ pthread_key_t ErrorKey() {
   return key;
 }
 
-// Every call of the record classes begins here.
-void Call() {
+// Every call of the record classes begins here. Returns whether it is to lie.
+bool Call() {
   if (++host_faults.calls == host_faults.throw_at_call) {
     throw std::string("the host was told to throw");
+  }
+  return host_faults.calls == host_faults.lie_at_call ||
+         (host_faults.lies_on && host_faults.lie_at_call != 0 &&
+          host_faults.calls > host_faults.lie_at_call);
+}
+
+// A size that is not `size`.
+unsigned int WrongSize(unsigned int size) {
+  const unsigned int wrong[] = {0, 0xFFFFFFFF, size + 1, size - 1};
+  return wrong[host_faults.lie];
+}
+
+// Reports a failure, or has the bytes be none or one too many.
+void LieAbout(IdentObj& bytes, int* status) {
+  switch (host_faults.lie) {
+    case 0:
+      *status = -1;
+      break;
+    case 1:
+      *status = INT_MAX;
+      break;
+    case 2:
+      bytes = IdentObj(nullptr, 0);
+      break;
+    default: {
+      const std::vector<unsigned char> longer(bytes.length + 1, 0xCC);
+      bytes = IdentObj(longer.data(), static_cast<unsigned int>(longer.size()));
+      break;
+    }
   }
 }
 
@@ -38,6 +68,9 @@ void Call() {
 korvan::test::HostFaults korvan::test::host_faults;
 
 void SetLastError(unsigned int code) {
+  if (++host_faults.errors == host_faults.throw_at_error) {
+    throw std::string("the host was told to throw");
+  }
   pthread_setspecific(ErrorKey(),
                       reinterpret_cast<void*>(std::uintptr_t{code}));
 }
@@ -54,15 +87,19 @@ IdentObj::IdentObj() : data(nullptr), length(0) {
 
 IdentObj::IdentObj(const void* bytes, unsigned int count)
     : data(nullptr), length(count) {
-  Call();
-  if (count != 0) {
-    data = std::memcpy(new unsigned char[count], bytes, count);
+  if (Call() && count != 0) {
+    length = host_faults.lie == 0 ? 0 : count - 1;
+  }
+  if (length != 0) {
+    data = std::memcpy(new unsigned char[length], bytes, length);
   }
   ++host_faults.alive;
 }
 
 IdentObj& IdentObj::operator=(const IdentObj& other) {
-  Call();
+  if (Call()) {
+    return *this;
+  }
   void* copy = nullptr;
   if (other.length != 0) {
     copy =
@@ -100,7 +137,9 @@ CASNTBaseRecord::~CASNTBaseRecord() {
 }
 
 void CASNTBaseRecord::SetEncodedEntry(const IdentObj& encoded) {
-  Call();
+  if (Call()) {
+    return;
+  }
   const auto* const bytes = static_cast<const unsigned char*>(encoded.data);
   const std::uint64_t count = encoded.length;
   const auto malformed = [&] {
@@ -139,12 +178,16 @@ void CASNTBaseRecord::SetEncodedEntry(const IdentObj& encoded) {
 }
 
 unsigned int CASNTBaseRecord::GetTag() const {
-  Call();
+  if (Call()) {
+    return state_->tag == 4 ? 0x44 : 4;
+  }
   return state_->tag;
 }
 
 unsigned int CASNTBaseRecord::GetEntrySize() const {
-  Call();
+  if (Call()) {
+    return WrongSize(state_->size);
+  }
   if (host_faults.content_size >= 0) {
     return static_cast<unsigned int>(host_faults.content_size);
   }
@@ -152,12 +195,15 @@ unsigned int CASNTBaseRecord::GetEntrySize() const {
 }
 
 bool CASNTBaseRecord::GetIsConstraction() const {
-  Call();
-  return (state_->identifier & 0x20) != 0;
+  const bool lies = Call();
+  return ((state_->identifier & 0x20) != 0) != lies;
 }
 
 const IdentObj& CASNTBaseRecord::GetRecord(int* status) const {
-  Call();
+  if (Call()) {
+    LieAbout(state_->content, status);
+    return state_->content;
+  }
   if (host_faults.content_status != 0 || state_->status != 0) {
     *status = host_faults.content_status + state_->status;
   }
@@ -172,17 +218,22 @@ const IdentObj& CASNTBaseRecord::GetRecord(int* status) const {
 }
 
 void CASNTBaseRecord::SetTag(unsigned int tag) {
-  Call();
-  state_->identifier = static_cast<unsigned char>(tag);
+  if (!Call()) {
+    state_->identifier = static_cast<unsigned char>(tag);
+  }
 }
 
 void CASNTBaseRecord::SetEntry(const void* bytes, unsigned int count) {
-  Call();
-  state_->content = IdentObj(bytes, count);
+  if (!Call()) {
+    state_->content = IdentObj(bytes, count);
+  }
 }
 
 const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const {
-  Call();
+  if (Call()) {
+    LieAbout(state_->encoding, status);
+    return state_->encoding;
+  }
   if (host_faults.encoding_status != 0) {
     *status = host_faults.encoding_status;
     return state_->encoding;
