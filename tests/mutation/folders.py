@@ -9,6 +9,7 @@ class Folder:
     sources: tuple      # patterns of files
     programs: tuple     # test programs, which are targets of CMake and tests
     suites: tuple = ()  # of programs whose cases are a test of CTest each
+    costs: tuple = ()   # programs of bench/cost that count its instructions
 
 
 @dataclasses.dataclass(frozen=True)
@@ -20,6 +21,9 @@ class Round:
     lacks: tuple = ()       # programs that this build does not have
     suffix: str = ""        # of the names of the tests that are run
     limits_memory: bool = True
+    # Whether it compares instructions with those without a mutant, and runs no
+    # tests.
+    counts_costs: bool = False
 
 
 @dataclasses.dataclass(frozen=True)
@@ -50,6 +54,8 @@ KORVAN = Project(
         Round("asan",
               ("--preset", "asan", "-DCMAKE_CXX_COMPILER=g++", *_MUTABLE),
               lacks=("oid_fork_test",), limits_memory=False),
+        # A mutant that is only slower, or only faster.
+        Round("release", _RELEASE, limits_memory=False, counts_costs=True),
     ),
     folders={
         "oid": Folder(
@@ -59,7 +65,8 @@ KORVAN = Project(
                       "oid_threads_test", "oid_host_strings_test",
                       "oid_own_records_test", "oid_fork_test"),
             suites=("OidNames", "OidNamesOfOwnRecords", "OidSearches",
-                    "OidAllocation", "OidThreads", "OidHostStrings")),
+                    "OidAllocation", "OidThreads", "OidHostStrings"),
+            costs=("oid_cost", "load_cost")),
         "ini": Folder(
             sources=("ini/*.cc", "ini/*.h", "ini/*.inc"),
             programs=(
@@ -76,16 +83,19 @@ KORVAN = Project(
                 "wide_ini_wide_reader_test", "wide_ini_broken_order_test",
                 "ini_twins_test", "ini_name_order_test",
                 "ini_encoding_test",
-                "text_conversion_test")),
+                "text_conversion_test"),
+            costs=("ini_cost",)),
         "pubkey": Folder(
             sources=("pubkey/*.cc", "pubkey/*.h"),
             programs=("key_conversion_test", "key_conversion_on_host_test",
                       "key_round_trip_test", "key_conversion_properties_test",
-                      "key_conversion_threads_test")),
+                      "key_conversion_threads_test"),
+            costs=("pubkey_cost",)),
         "resources": Folder(
             sources=("resources/*.cc", "resources/*.h"),
-            programs=("load_string_test",)),
+            programs=("load_string_test",), costs=("oid_cost",)),
         "platform": Folder(
             sources=("platform/*.cc",),
-            programs=("asn1_record_test", "last_error_test")),
+            programs=("asn1_record_test", "last_error_test"),
+            costs=("pubkey_cost",)),
     })

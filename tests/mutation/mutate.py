@@ -49,6 +49,8 @@ def parse(arguments, project):
                         help="a sample of N mutants, always the same")
     parser.add_argument("--accepted", action="store_true",
                         help="run the accepted mutants, too: all must survive")
+    parser.add_argument("--tables", action="store_true",
+                        help="all mutants of tables, not only a sample")
     parser.add_argument("--list", action="store_true",
                         help="list the mutants and run nothing")
     parser.add_argument("--jobs", "-j", type=int, metavar="N",
@@ -178,7 +180,9 @@ class Session:
     def _select(self, found):
         selected = {}
         for name, mutants in found.items():
-            sample = {mutant.change for mutant in sample_tables(mutants)}
+            sample = {mutant.change for mutant in
+                      (mutants if self._options.tables
+                       else sample_tables(mutants))}
             selected[name] = [
                 mutant for mutant in mutants if self._is_in_file(mutant) and
                 (mutant.change in sample or mutant.change in self._accepted)]
@@ -246,14 +250,16 @@ class Session:
 
     def _report(self, mutants, stale, verdicts):
         survivors = []
-        columns = (run.KILLED, run.EQUIVALENT, run.NOT_COMPILED, run.SURVIVED,
-                   "accepted")
+        columns = (run.KILLED, "by cost alone", run.EQUIVALENT,
+                   run.NOT_COMPILED, run.SURVIVED, "accepted")
         table = [("folder", "mutants", *columns)]
         for name, of_folder in mutants.items():
             counts = collections.Counter()
             for mutant in of_folder:
                 verdict, by = verdicts.get(mutant.change, (None, ""))
                 if mutant.change not in self._accepted:
+                    if by.startswith(run.BY_COST):
+                        verdict = "by cost alone"
                     counts[verdict] += 1
                     if verdict == run.SURVIVED:
                         survivors.append(mutant)
@@ -269,8 +275,12 @@ class Session:
         for change, why in stale.items():
             print(f"accepted, but {why}:\n{accepted.written(change)}\n")
         for row in table:
-            print(f"{row[0]:<12}" + "".join(f"{cell:>13}" for cell in row[1:]))
-        print(f"{len(self._accepted)} changes are accepted in all.")
+            print(f"{row[0]:<12}" + "".join(f"{cell:>14}" for cell in row[1:]))
+        total = sum(map(len, mutants.values()))
+        count = sum(mutant.change in self._accepted
+                    for mutant in sum(mutants.values(), []))
+        print(f"{count} of {total} mutants are accepted, "
+              f"{100 * count / max(total, 1):.1f} %.")
         return 1 if survivors or stale else 0
 
 

@@ -2,6 +2,7 @@
 what it should, and that each of its complaints can be heard."""
 
 import contextlib
+import dataclasses
 import fcntl
 import io
 import json
@@ -187,6 +188,35 @@ class Verdicts(OnSample):
         verdict, by = self.verdicts()["constexpr int kProved = 11;",]
         self.assertEqual(verdict, "not compiled")
         self.assertIn("static assertion failed", by)
+
+    def test_mutant_that_only_costs_is_killed_by_its_cost(self):
+        # A ledger that counts the characters of the source.
+        self.write("bench/cost/ledger.py", """
+import pathlib, sys
+kept = pathlib.Path(sys.argv[-3])
+count = str(len(pathlib.Path("calc/calc.cc").read_text()))
+if sys.argv[1] == "--update":
+    kept.write_text(count)
+elif kept.read_text() != count:
+    sys.exit("operation: expected " + kept.read_text() + ", found " + count)
+""")
+        folder = dataclasses.replace(self.project.folders["calc"],
+                                     costs=("calc_test",))
+        costs = dataclasses.replace(self.project.rounds[0], counts_costs=True)
+        self.project = dataclasses.replace(
+            self.project, folders={"calc": folder},
+            rounds=(*self.project.rounds, costs))
+        self.mutate("--file", LIMIT)
+        verdict, by = self.verdicts()[NINE.new]
+        self.assertEqual(verdict, "killed")
+        self.assertRegex(by, r"^cost: operation: expected \d+, found \d+$")
+        self.assertEqual(self.verdicts()[ELEVEN.new],
+                         ["killed", "thorough: calc_test"])
+
+    def test_share_of_the_accepted_mutants_is_told(self):
+        self.accept(MINUS)
+        self.must_end(0, self.mutate("--file", SUM),
+                      "1 of 3 mutants are accepted, 33.3 %.")
 
     def test_accepted_mutant_that_is_killed_is_told_only_if_it_is_run(self):
         self.accept(MINUS)

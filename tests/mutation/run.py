@@ -20,6 +20,11 @@ BASELINE_LIMIT = 1800
 TEST_FACTOR = 10
 TEST_LEAST = 5
 
+# Where the programs stand that count instructions, and what compares them.
+COSTS = pathlib.Path("bench", "cost")
+# Begins what a verdict comes from where only the instructions differ.
+BY_COST = "cost"
+
 KILLED, SURVIVED = "killed", "survived"
 EQUIVALENT, NOT_COMPILED = "equivalent", "not compiled"
 
@@ -93,13 +98,13 @@ class Worker:
         """Builds and runs a folder's tests without a mutant. If they fail then,
         before the first mutant or after the last, no verdict holds."""
         self._restore()
-        for round_ in self._project.rounds:
+        for round_ in self._rounds(folder):
             self._must_pass("built", round_,
                             self._build_command(round_, folder))
-        for round_ in self._project.rounds:
+        for round_ in self._rounds(folder):
             started = time.monotonic()
             self._must_pass("tested", round_,
-                            self._test_command(round_, folder))
+                            self._test_command(round_, folder, "--update"))
             self._limits[round_] = max(
                 TEST_LEAST, TEST_FACTOR * (time.monotonic() - started))
         self._verdicts = {self._digest(): (EQUIVALENT, "")}
@@ -126,7 +131,7 @@ class Worker:
 
     def _test(self, folder):
         built = {self._project.rounds[0].build}
-        for round_ in self._project.rounds:
+        for round_ in self._rounds(folder):
             command = self._build_command(round_, folder)
             if round_.build not in built and (
                     self._run(round_, command, BUILD_LIMIT) != 0):
@@ -137,15 +142,27 @@ class Worker:
                                self._limits[round_])
             if status is None:
                 return KILLED, f"{round_.build}: time limit"
+            if status != 0 and round_.counts_costs:
+                return KILLED, f"{BY_COST}: {self._output().splitlines()[0]}"
             if status != 0:
                 return KILLED, f"{round_.build}: {self._failed_test()}"
         return SURVIVED, ""
+
+    def _rounds(self, folder):
+        return [round_ for round_ in self._project.rounds
+                if folder.costs or not round_.counts_costs]
 
     def _build_command(self, round_, folder):
         return ["cmake", "--build", self.build_folder(round_), "--parallel",
                 "1", "--target", *_programs(round_, folder)]
 
-    def _test_command(self, round_, folder):
+    def _test_command(self, round_, folder, *options):
+        """`options` are for the ledger of costs."""
+        if round_.counts_costs:
+            programs = [self.build_folder(round_) / COSTS / name
+                        for name in folder.costs]
+            return ["python3", "-B", self.source / COSTS / "ledger.py",
+                    *options, self._path / "ledger", "one", *programs]
         names = [re.escape(program) for program in _programs(round_, folder)]
         if not round_.suffix:
             names += [rf"{suite}\..*" for suite in folder.suites]
@@ -216,4 +233,7 @@ class Worker:
 
 
 def _programs(round_, folder):
+    """The targets that a round needs."""
+    if round_.counts_costs:
+        return list(folder.costs)
     return [name for name in folder.programs if name not in round_.lacks]
