@@ -1,26 +1,26 @@
 #!/bin/sh
-# exits.sh [--self-test] FOUND PROGRAM
+# exits.sh [--self-test] FOUND PROGRAM MANY
 # PROGRAM, an `exiting`, ends well in each way, and its user library finds on the
 # way out what FOUND says: "a name" where it is destroyed before korvan, "no name"
-# where it is destroyed after it.
+# where it is destroyed after it. A campaign ends it MANY times beside lookups.
 set -eu
 if [ "$1" = --self-test ]; then
-  found=$2 program=$3
+  found=$2 program=$3 many=$4
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  must_pass "the program as it is" "$0" "$found" "$program"
-  must_fail "another order" 'prints otherwise' "$0" "neither" "$program"
+  must_pass "the program as it is" "$0" "$found" "$program" "$many"
+  must_fail "another order" 'prints otherwise' "$0" "neither" "$program" "$many"
   for way in return exit exit_beside_lookups quick_exit _exit; do
     # shellcheck disable=SC2016  # for the written script
     fake crashing 'if [ "$1" = '"$way"' ]; then kill -SEGV $$; fi
       exec '"'$program'"' "$@"'
-    must_fail "a crash by $way" "^$way: status" "$0" "$found" "$work/crashing"
+    must_fail "a crash by $way" "^$way: status" "$0" "$found" \
+      "$work/crashing" "$many"
   done
   end_self_test
 fi
-found=$1 program=$2
-rounds=10
-[ -z "${KORVAN_CAMPAIGN:-}" ] || rounds=1000
+found=$1 program=$2 rounds=3
+[ -z "${KORVAN_CAMPAIGN:-}" ] || rounds=$3
 
 # ends WAY LINE...: the program ends so, and prints these lines.
 ends() {

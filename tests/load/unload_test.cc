@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <fstream>
 
+#include "support/campaign.h"
 #include "support/child_process.h"
 #include "support/mappings.h"
 
@@ -91,22 +92,37 @@ TEST(Unload, AnUnloadedLibraryLeavesNothingThatAForkWouldCall) {
   }
 }
 
-TEST(Unload, UnloadingAThousandTimesDoesNotGrowTheProcess) {
-  const auto load_and_unload = [](int times) {
-    for (int i = 0; i < times; ++i) {
-      const Library library;
-      ASSERT_TRUE(library.IsLoaded()) << dlerror();
-      library.LoadNames();
-    }
-  };
-  load_and_unload(50);  // until the allocator has settled
+// Loads a library that uses korvan, which loads korvan, and uses every service.
+void LoadUseAndUnload(std::size_t times) {
+  for (std::size_t i = 0; i < times; ++i) {
+    void* const user = dlopen(KORVAN_USER_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(user, nullptr) << dlerror();
+    const auto use = reinterpret_cast<int (*)()>(
+        dlsym(user, "EveryServiceWorksInUserLibrary"));
+    ASSERT_TRUE(use());
+    ASSERT_EQ(dlclose(user), 0);
+    ASSERT_FALSE(IsMapped()) << i;
+  }
+}
+
+TEST(Unload, ALibraryThatWasUsedIsUnmappedEveryTime) {
+  const std::size_t times = Rounds(500, 10000);
+  LoadUseAndUnload(times);
+  Figures("loaded, used and unloaded ", times, " times");
+}
+
+TEST(Unload, LoadingUsingAndUnloadingDoesNotGrowTheProcess) {
+  LoadUseAndUnload(50);  // until the allocator has settled
   const auto heap = mallinfo2().uordblks;
   const std::size_t pages = PagesInUse();
   ASSERT_GT(pages, 0u) << "/proc/self/statm can't be read";
-  load_and_unload(1000);
-  // One leaked name a round would be 4,000 bytes or more.
-  EXPECT_LT(mallinfo2().uordblks, heap + 4000);
+  const std::size_t times = Rounds(500, 10000);
+  LoadUseAndUnload(times);
+  // One leaked name a round would be 2,000 bytes or more.
+  const auto growth = static_cast<long>(mallinfo2().uordblks - heap);
+  EXPECT_LT(growth, 2000);
   EXPECT_LT(PagesInUse(), pages + 64);
+  Figures(growth, " bytes more in use after ", times, " times");
 }
 
 }  // namespace
