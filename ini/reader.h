@@ -146,20 +146,14 @@ class Reader {
   // run and its key does not come after all others of the section.
   bool EnterLine(View text, bool may_begin_run) {
     const Line<Char> line = ParseLine(text);
-    switch (line.kind) {
-      case LineKind::kSkipped:
-        break;
-      case LineKind::kHeader:
-        section_ = AppendOrFind(sections_, &file_, String(line.name));
-        keys_ = &keys_of_(*section_);
-        break;
-      case LineKind::kKey:
-        if (section_ != nullptr) {  // null before the first header
-          String name(line.name);
-          TrimName(name);
-          return EnterKey(std::move(name), String(line.value), may_begin_run);
-        }
-        break;
+    if (line.kind == LineKind::kHeader) {
+      section_ = AppendOrFind(sections_, &file_, String(line.name));
+      keys_ = &keys_of_(*section_);
+    } else if (line.kind == LineKind::kKey && section_ != nullptr) {
+      // There is a section from the first header on.
+      String name(line.name);
+      TrimName(name);
+      return EnterKey(std::move(name), String(line.value), may_begin_run);
     }
     return true;
   }
