@@ -125,6 +125,19 @@ std::string Lines(int count, const std::string& value) {
   return lines;
 }
 
+TEST(IniKeyRun, OverAMillionKeysInNoOrderAreAllEntered) {
+  constexpr int kCount = (1 << 20) + 100;
+  // Behind "[z", no line of the others comes last.
+  StringInput input(Text("[Main]\n[z=v\n" + Lines(kCount, "v")));
+  File file;
+  file.Load(input);
+  const auto& keys = file.GetSection("Main"_t)->GetKeys();
+  EXPECT_EQ(keys.size(), std::size_t{kCount} + 1);
+  for (const int i : {0, 1, kCount / 2, kCount - 1}) {
+    EXPECT_EQ(keys.count(Text("[k" + std::to_string(1000 + i))), 1u) << i;
+  }
+}
+
 TEST(IniKeyRun, KeysThatAreThereKeepTheirObjectsAndNames) {
   File file;
   Section* const section = file.AddSection("Main"_t);

@@ -1,6 +1,9 @@
-// Reads of a narrow file that fail, or that end and go on: this program has a
-// `read` of its own, which takes the place of the C library's.
+// Reads of a narrow file that fail, or that end and go on, and a file whose
+// size can't be asked for: this program has a `read` and an `fstat` of its own,
+// which take the place of the C library's.
+#include <fcntl.h>
 #include <korvan/ini_file.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -14,6 +17,7 @@
 
 #include "ini/shown.h"
 #include "ini/width.h"
+#include "support/folder.h"
 
 namespace korvan::test {
 namespace {
@@ -25,6 +29,8 @@ constexpr char kEnds[] = "";
 // What the next reads give: a text, the end, or an error. When there is nothing
 // here, reads are the system's.
 std::vector<std::string> next_reads;
+
+bool fstat_fails = false;
 
 ssize_t GiveNextRead(void* place, std::size_t size) {
   const std::string text = next_reads.front();
@@ -46,6 +52,14 @@ ssize_t read(int descriptor, void* place, std::size_t size) {
              : korvan::test::GiveNextRead(place, size);
 }
 
+int fstat(int descriptor, struct stat* status) noexcept {
+  if (korvan::test::fstat_fails) {
+    errno = EIO;
+    return -1;
+  }
+  return fstatat(descriptor, "", status, AT_EMPTY_PATH);
+}
+
 namespace korvan::test {
 namespace {
 
@@ -58,6 +72,30 @@ std::string Loaded(const std::vector<std::string>& reads) {
   EXPECT_TRUE(file.Load(kFile));
   next_reads.clear();
   return ContentOf(file);
+}
+
+// Enough keys in no order to be entered at once, and to be read ahead for.
+std::string ARun() {
+  std::string lines = "[Main]\n";
+  for (int i = 0; i < 40; ++i) {
+    lines += "[k" + std::to_string(10 + i * 7 % 40) + "=v\n";
+  }
+  return lines;
+}
+
+TEST(IniReadError, AFileWhoseSizeIsNotToldIsReadToItsEnd) {
+  const Folder folder;
+  const std::string path = folder / "a.ini";
+  const std::string text = ARun() + "[long=" + std::string(300000, 'v') + '\n';
+  std::ofstream(path, std::ios::binary) << text;
+  PlainFile plain;
+  StringInput input(text);
+  plain.Load(input, false);
+  fstat_fails = true;
+  File file;
+  EXPECT_TRUE(file.Load(path));
+  fstat_fails = false;
+  EXPECT_EQ(ContentOf(file), ContentOf(plain));
 }
 
 // The files of libc++ read by other means, which this program does not replace.
@@ -74,15 +112,6 @@ std::string PlainLoaded(const std::vector<std::string>& reads) {
 
 void ExpectAsPlain(const std::vector<std::string>& reads) {
   EXPECT_EQ(Loaded(reads), PlainLoaded(reads));
-}
-
-// Enough keys in no order to be entered at once, and to be read ahead for.
-std::string ARun() {
-  std::string lines = "[Main]\n";
-  for (int i = 0; i < 40; ++i) {
-    lines += "[k" + std::to_string(10 + i * 7 % 40) + "=v\n";
-  }
-  return lines;
 }
 
 TEST(IniReadError, ALineThatAnErrorCutsIsDroppedAsGetlineDropsIt) {

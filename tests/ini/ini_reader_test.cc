@@ -358,6 +358,11 @@ TEST_F(IniReader, LongLinesAreReadWhole) {
             "k=" + value + "{} " + name + "{[" + name + "=" + value + "}");
 }
 
+TEST_F(IniReader, ALongLineThatEndsWithTheTextIsReadWhole) {
+  const std::string value(300000, 'v');
+  EXPECT_EQ(Loaded("[Main]\n[k=" + value), "Main{[k=" + value + "}");
+}
+
 // LLVM's unwinder, which libc++ comes with, is not that of the C library, and
 // crashes here without korvan, too.
 #ifdef __GLIBCXX__

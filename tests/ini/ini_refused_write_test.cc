@@ -1,8 +1,12 @@
 // Narrow documents saved to a file that has refused a character: the file gets
-// exactly what insertions would give it. For wide or padded text that can't be
-// compared: there the standard library's own insertion writes beyond the
-// block.
+// exactly what insertions would give it. For wide, padded or converted text
+// that can't be compared: there the standard library's own insertion writes
+// beyond the block.
 #include <korvan/ini_file.h>
+
+#include <cwchar>
+#include <locale>
+#include <string>
 
 #include "ini/odd_areas.h"
 
@@ -42,6 +46,25 @@ TEST_F(OddAreas, AFileThatTakesAPartAgainGetsWhatInsertionsGiveIt) {
         << capacity << " bytes are taken";
   }
 }
+
+#ifdef __GLIBCXX__
+
+// Converts each character to itself, which it does not tell before.
+class Converting : public std::codecvt<char, char, std::mbstate_t> {
+ protected:
+  bool do_always_noconv() const noexcept override { return false; }
+};
+
+TEST_F(OddAreas, AConvertedFileThatTakesAgainGetsAllThatItRefusedAndTheLines) {
+  const std::locale converting(std::locale(), new Converting);
+  for (const bool cleared : {false, true}) {
+    EXPECT_EQ(SavedAfterARefusal(file, {cleared, true, 0, converting}),
+              " flushed: " + std::string(kBlock, 'x') +
+                  "[a]\na longer name than the block=v\nk=v\nl=v\n");
+  }
+}
+
+#endif
 
 }  // namespace
 }  // namespace korvan::test

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <ios>
 #include <iterator>
+#include <locale>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,10 @@ class GuardedBlock {
 // A file to write to, whose buffer is such a block.
 class GuardedFile {
  public:
-  GuardedFile(const std::string& path, std::size_t size) : block_(size) {
+  GuardedFile(const std::string& path, std::size_t size,
+              const std::locale& locale = std::locale())
+      : block_(size) {
+    buffer_.pubimbue(locale);
     buffer_.pubsetbuf(block_.start(), block_.size());
     EXPECT_NE(buffer_.open(path, std::ios_base::out | std::ios_base::binary),
               nullptr)
@@ -108,6 +112,7 @@ struct OddAreas : testing::Test {
     bool cleared = false;      // the stream failed and was cleared
     bool takes_again = false;  // the file does; else it refuses all
     int width = 0;
+    std::locale locale = std::locale();
   };
 
   // Saves to a file that refused a character, and tells what the stream and
@@ -116,7 +121,7 @@ struct OddAreas : testing::Test {
   std::string SavedAfterARefusal(AnyFile& saved, const Refusal& refusal) {
     const std::string path =
         refusal.takes_again ? folder / "a.ini" : "/dev/full";
-    GuardedFile guarded(path, kBlock);
+    GuardedFile guarded(path, kBlock, refusal.locale);
     OutputStream output(&guarded.buffer());
     {
       const FullDisk full;

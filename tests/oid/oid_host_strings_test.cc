@@ -1,11 +1,13 @@
-// What names become when a host replaces the string function: this program's
-// LoadString_korvan takes the place of the library's, as a host's would.
+// What names become when a host replaces the string function, and when the C
+// library converts no text: this program's LoadString_korvan and mbsrtowcs take
+// the place of theirs, as a host's would.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
 #include <korvan/string_resources.h>
 
 #include <clocale>
 #include <cstring>
+#include <cwchar>
 #include <memory>
 #include <string>
 
@@ -17,6 +19,11 @@ namespace {
 
 std::string text;
 bool reports_none = false;
+
+// What the conversion gives that fills the array, as if another thread had
+// changed the locale since the one that counted the characters.
+enum class Filling { kWorks, kFails, kConvertsNothing };
+Filling filling = Filling::kWorks;
 
 std::unique_ptr<const wchar_t[]> NameMadeOf(const std::string& from,
                                             COidData& record) {
@@ -51,6 +58,22 @@ TEST(OidHostStrings, ATextThatTheHostReportsAsNoneLeavesNoName) {
   reports_none = false;
 }
 
+TEST(OidHostStrings, ATextThatBeginsWithItsEndLeavesNoName) {
+  COidData record;
+  EXPECT_EQ(NameMadeOf(std::string("\0x", 2), record), nullptr);
+  EXPECT_EQ(record.dwOidFlags, kNameIsOwned);
+}
+
+TEST(OidHostStrings, ATextThatCanNoLongerBeConvertedOnceCountedLeavesNoName) {
+  for (const Filling outcome : {Filling::kFails, Filling::kConvertsNothing}) {
+    filling = outcome;
+    COidData record;
+    EXPECT_EQ(NameMadeOf("counted", record), nullptr);
+    EXPECT_EQ(record.dwOidFlags, kNameIsOwned);
+  }
+  filling = Filling::kWorks;
+}
+
 TEST(OidHostStrings, ATextOfSeveralBytesACharacterIsAsLongAsItsCharacters) {
   ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
   COidData record;
@@ -80,6 +103,16 @@ TEST(OidHostStrings, ARecordOfTheRegistryIsFoundByTheHostsTextOnly) {
 
 }  // namespace
 }  // namespace korvan::test
+
+std::size_t mbsrtowcs(wchar_t* to, const char** from, std::size_t size,
+                      std::mbstate_t* state) noexcept {
+  using korvan::test::Filling;
+  using korvan::test::filling;
+  if (to != nullptr && filling != Filling::kWorks) {
+    return filling == Filling::kFails ? static_cast<std::size_t>(-1) : 0;
+  }
+  return mbsnrtowcs(to, from, std::strlen(*from) + 1, size, state);
+}
 
 int LoadString_korvan(void*, unsigned int, char* buffer, int size) {
   using korvan::test::reports_none;
