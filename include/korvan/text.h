@@ -117,7 +117,8 @@ KORVAN_API void Trim(std::wstring& text, const std::wstring& set);
 /// filled is NUL: after the last whole character that fits, where characters
 /// take several bytes; after the last character that can be converted, where
 /// one can't; after the first NUL of `text`. Nothing reports it. ASCII text
-/// comes out as it is.
+/// comes out as it is. In other encodings than UTF-8, Shift JIS for one, the C
+/// library may also write THE FIRST BYTES OF THE CHARACTER THAT DOES NOT FIT.
 ///
 /// @param text  the text to convert.
 /// @return the converted text, the caller's.

@@ -22,6 +22,12 @@ TEST(WideToNarrow, TheLengthStaysWhereACharacterTakesMoreBytes) {
   EXPECT_EQ(Shown(wstr_to_str(L"\u0416\u0416\u0416")), "\\d0;\\96;\\0;");
 }
 
+TEST(WideToNarrow, TheFirstByteOfACharacterThatDoesNotFitStaysInShiftJis) {
+  const CLocale locale("ja_JP.SHIFT_JIS");
+  EXPECT_EQ(Shown(wstr_to_str(L"\u3042a")), "\\82;\\a0;");
+  EXPECT_EQ(Shown(wstr_to_str(L"a\u3042")), "a\\82;");
+}
+
 TEST(WideToNarrow, ConversionEndsSilentlyAtACharacterItCannotConvert) {
   EXPECT_EQ(Shown(wstr_to_str(L"ab\u0416cd")), "ab\\0;\\0;\\0;");
 }

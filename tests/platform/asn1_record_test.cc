@@ -502,6 +502,17 @@ TEST(Asn1Record, ARecordThatLosesItsTagGivesNoStaleEncoding) {
   EXPECT_EQ(status, kAsn1NoRecord);
 }
 
+TEST(Asn1Record, ARecordThatLosesItsTagKeepsItsContentAndReportsIt) {
+  CASNTBaseRecord record;
+  const Bytes content = {0xAA, 0xBB};
+  record.SetTag(4);
+  record.SetEntry(content.data(), SizeOf(content));
+  record.SetTag(0);
+  int status = kAsn1Ok;
+  EXPECT_EQ(BytesOf(record.GetRecord(&status)), content);
+  EXPECT_EQ(status, kAsn1NoRecord);
+}
+
 TEST(Asn1Record, ARecordWithoutAContentCanBeEncodedTwice) {
   CASNTBaseRecord record;
   record.SetTag(0xFFFFFFFF);

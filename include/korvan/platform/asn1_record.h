@@ -231,7 +231,9 @@ class KORVAN_API CASNTBaseRecord {
   ///
   /// @param status  receives why the content is not there, a value of
   ///                `Asn1Status`; left alone when it is. Must not be null.
-  /// @return the content, empty where `status` was set.
+  /// @return the content. Where `status` was set it is empty, except for a
+  ///         content that `SetEntry` gave and that `SetTag(0)` left without a
+  ///         tag.
   /// @errors{`*status` tells: see `Asn1Status`.}
   /// @par Ownership
   /// The content is the record's, and valid until the record is
