@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,13 @@ class PlainRegistry {
   }
 
   const std::vector<Row>& Rows() const { return rows_; }
+
+  // Adds a caller's own record behind those of the registry, and returns its
+  // number. Do this before the first name is loaded.
+  int Add(const COidData& own) {
+    rows_.push_back({own, {}});
+    return static_cast<int>(rows_.size()) - 1;
+  }
 
   // The number of the row that matches, or -1.
   int Find(unsigned int key_type, void* key, unsigned int group_id) {
@@ -78,7 +86,8 @@ class PlainRegistry {
     unsigned int words[2] = {};
     switch (key_type) {
       case CRYPT_OID_INFO_OID_KEY:
-        return std::strcmp(record.pszOID, static_cast<char*>(key)) == 0;
+        return record.pszOID != nullptr &&
+               std::strcmp(record.pszOID, static_cast<char*>(key)) == 0;
       case CRYPT_OID_INFO_NAME_KEY:
         Resolve(row);
         return record.pwszName != nullptr &&
@@ -121,7 +130,8 @@ class PlainRegistry {
   }
 
   void Cleanup() {
-    for (Row& row : rows_) {
+    // A caller's own names are the caller's.
+    for (Row& row : std::span(rows_).first(RegistryRows().size())) {
       if ((row.record.dwOidFlags & kNameIsOwned) == 0) {
         continue;
       }
