@@ -52,6 +52,15 @@ ssize_t read(int descriptor, void* place, std::size_t size) {
              : korvan::test::GiveNextRead(place, size);
 }
 
+// What a fortified library calls instead.
+extern "C" ssize_t __read_chk(int descriptor, void* place, std::size_t size,
+                              std::size_t room);
+ssize_t __read_chk(int descriptor, void* place, std::size_t size,
+                   std::size_t room) {
+  EXPECT_LE(size, room);
+  return read(descriptor, place, size);
+}
+
 int fstat(int descriptor, struct stat* status) noexcept {
   if (korvan::test::fstat_fails) {
     errno = EIO;
