@@ -114,7 +114,8 @@ calls_nothing() {
 
 # All is there.
 for state in installed triggers-pending triggers-awaited; do
-  for group in demo test bench arm64 compilers platforms lint deep bare deb; do
+  for group in demo test bench arm64 compilers platforms fuzz lint deep bare \
+    deb; do
     setup_on 0 $state $group
     [ "$status" -eq 0 ] || fail "$state: status $status"
     calls_nothing
