@@ -21,14 +21,44 @@ struct Fault {};
 
 constexpr std::size_t kNever = static_cast<std::size_t>(-1);
 
-// Gives a text in pieces of the given sizes, over and over, and throws instead
+// What a buffer does instead of giving or taking a character.
+enum class FaultKind {
+  kThrows,          // a Fault
+  kThrowsFailure,   // as the standard library's own buffers do
+  kThrowsBadAlloc,  //
+  kThrowsNumber,    // which is of no class
+  kEnds,            // gives or takes nothing
+  kEndsOnce,        // and goes on at the next call
+};
+
+inline void ThrowFault(FaultKind kind) {
+  switch (kind) {
+    case FaultKind::kThrows:
+      throw Fault();
+    case FaultKind::kThrowsFailure:
+      throw std::ios_base::failure("fault");
+    case FaultKind::kThrowsBadAlloc:
+      throw std::bad_alloc();
+    case FaultKind::kThrowsNumber:
+      throw 1;
+    case FaultKind::kEnds:
+    case FaultKind::kEndsOnce:
+      break;
+  }
+}
+
+// Gives a text in pieces of the given sizes, over and over, and fails instead
 // of giving the character at `fault`. Pieces of size 0 are single characters
 // without a buffer.
 class PiecewiseInput : public StreamBuffer {
  public:
   PiecewiseInput(String text, std::vector<std::size_t> sizes,
-                 std::size_t fault = kNever)
-      : text_(std::move(text)), sizes_(std::move(sizes)), fault_(fault) {
+                 std::size_t fault = kNever,
+                 FaultKind kind = FaultKind::kThrows)
+      : text_(std::move(text)),
+        sizes_(std::move(sizes)),
+        fault_(fault),
+        kind_(kind) {
     if (sizes_.empty()) {
       sizes_.push_back(text_.size() + 1);
     }
@@ -44,7 +74,11 @@ class PiecewiseInput : public StreamBuffer {
       return Traits::to_int_type(*gptr());
     }
     if (taken_ == fault_) {
-      throw Fault();
+      ThrowFault(kind_);
+      if (kind_ == FaultKind::kEndsOnce) {
+        fault_ = kNever;
+      }
+      return Traits::eof();
     }
     if (taken_ == text_.size()) {
       return Traits::eof();
@@ -79,18 +113,19 @@ class PiecewiseInput : public StreamBuffer {
   String text_;
   std::vector<std::size_t> sizes_;
   std::size_t fault_;
+  FaultKind kind_;
   std::size_t taken_ = 0;
   std::size_t turn_ = 0;
 };
 
 // Keeps what is written and counts flushes. It has room for `room` characters
 // at a time (0: none, each comes singly), takes `capacity` in all, and then
-// fails or throws.
+// fails.
 class LimitedOutput : public StreamBuffer {
  public:
   explicit LimitedOutput(std::size_t room = 0, std::size_t capacity = kNever,
-                         bool throws = false)
-      : area_(room, Char{}), capacity_(capacity), throws_(throws) {}
+                         FaultKind kind = FaultKind::kEnds)
+      : area_(room, Char{}), capacity_(capacity), kind_(kind) {}
 
   String Written() const { return taken_ + String(pbase(), pptr()); }
   int flushes() const { return flushes_; }
@@ -100,8 +135,9 @@ class LimitedOutput : public StreamBuffer {
     taken_.append(pbase(), pptr());
     setp(nullptr, nullptr);
     if (taken_.size() >= capacity_) {
-      if (throws_) {
-        throw Fault();
+      ThrowFault(kind_);
+      if (kind_ == FaultKind::kEndsOnce) {
+        capacity_ = kNever;
       }
       return Traits::eof();
     }
@@ -128,11 +164,11 @@ class LimitedOutput : public StreamBuffer {
   String taken_;
   String area_;
   std::size_t capacity_;
-  bool throws_;
+  FaultKind kind_;
   int flushes_ = 0;
 };
 
-// What a call threw: "", "fault", "failure" or "memory".
+// What a call threw: "", "fault", "failure", "memory" or "number".
 template <class Call>
 std::string Thrown(Call call) {
   try {
@@ -143,6 +179,8 @@ std::string Thrown(Call call) {
     return "failure";
   } catch (const std::bad_alloc&) {
     return "memory";
+  } catch (int) {
+    return "number";
   }
   return "";
 }
@@ -154,23 +192,26 @@ struct LoadCase {
   std::ios_base::iostate exceptions = std::ios_base::goodbit;
   bool tied = false;
   bool merge = false;
+  FaultKind kind = FaultKind::kThrows;
+  std::ios_base::iostate state = std::ios_base::goodbit;  // before the load
 };
 
 // Loads into a document of the library or a plain one, and tells all that can
 // be seen after.
 template <class AnyFile>
 std::string Load(const LoadCase& load, AnyFile& file) {
-  PiecewiseInput buffer(load.text, load.pieces, load.fault);
+  PiecewiseInput buffer(load.text, load.pieces, load.fault, load.kind);
   InputStream input(&buffer);
+  input.setstate(load.state);
   LimitedOutput tied_buffer;
   OutputStream tied(&tied_buffer);
   if (load.tied) {
     input.tie(&tied);
   }
-  input.exceptions(load.exceptions);
+  const std::string first = Thrown([&] { input.exceptions(load.exceptions); });
   const std::string thrown = Thrown([&] { file.Load(input, load.merge); });
   std::ostringstream seen;
-  seen << ContentOf(file) << " thrown:" << thrown
+  seen << ContentOf(file) << " thrown:" << first << ' ' << thrown
        << " state:" << Shown(input.rdstate())
        << " consumed:" << buffer.Consumed() << " gcount:" << input.gcount()
        << " flushes:" << tied_buffer.flushes();

@@ -140,7 +140,8 @@ std::ostream& operator<<(std::ostream& output, const StreamSettings& settings) {
 // seen of it.
 template <class AnyFile>
 std::string Seen(AnyFile& file, const StreamSettings& settings) {
-  LimitedOutput buffer(settings.room, settings.capacity, settings.throws);
+  LimitedOutput buffer(settings.room, settings.capacity,
+                       settings.throws ? FaultKind::kThrows : FaultKind::kEnds);
   OutputStream output(&buffer);
   LimitedOutput tied_buffer;
   OutputStream tied_output(&tied_buffer);

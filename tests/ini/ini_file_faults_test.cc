@@ -1,0 +1,437 @@
+// Loads and saves by name where the system fails: names that can't be opened,
+// files of other kinds, calls that fail, are interrupted or do a part, files
+// that change while they are read. This program has `read`, `write` and
+// `writev` of its own, which take the place of the C library's.
+#include <fcntl.h>
+#include <korvan/ini_file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#ifdef __GLIBCXX__
+#include <ext/stdio_filebuf.h>
+#endif
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ini/odd_areas.h"
+#include "ini/shown.h"
+#include "ini/width.h"
+#include "support/campaign.h"
+#include "support/folder.h"
+
+namespace korvan::test {
+namespace {
+
+// What becomes of the calls that move a file's bytes.
+struct Calls {
+  int fault_at = 0;            // the nth fails; 0 is none
+  int error = EIO;             // 0 where it moves a single byte instead
+  bool goes_on = false;        // and all after it
+  void (*before)() = nullptr;  // called before the nth, which goes on
+  int made = 0;                // counted
+};
+thread_local Calls* calls = nullptr;
+
+// Returns whether this call is the one.
+bool IsTurn() {
+  if (calls == nullptr) {
+    return false;
+  }
+  ++calls->made;
+  const bool is_turn =
+      calls->made == calls->fault_at ||
+      (calls->goes_on && calls->made > calls->fault_at && calls->fault_at != 0);
+  if (is_turn && calls->before != nullptr) {
+    calls->before();
+    return false;
+  }
+  return is_turn;
+}
+
+// Makes the call, or fails, or makes it for a single byte.
+template <class Call>
+ssize_t Move(std::size_t size, Call call) {
+  if (!IsTurn()) {
+    return call(size);
+  }
+  if (calls->error != 0) {
+    errno = calls->error;
+    return -1;
+  }
+  return call(std::min<std::size_t>(size, 1));
+}
+
+}  // namespace
+}  // namespace korvan::test
+
+ssize_t read(int descriptor, void* place, std::size_t size) {
+  return korvan::test::Move(size, [&](std::size_t count) {
+    return syscall(SYS_read, descriptor, place, count);
+  });
+}
+
+ssize_t write(int descriptor, const void* place, std::size_t size) {
+  return korvan::test::Move(size, [&](std::size_t count) {
+    return syscall(SYS_write, descriptor, place, count);
+  });
+}
+
+ssize_t writev(int descriptor, const iovec* parts, int count) {
+  // A part of it is a part of its first text.
+  return korvan::test::Move(parts[0].iov_len, [&](std::size_t size) {
+    return size == parts[0].iov_len
+               ? syscall(SYS_writev, descriptor, parts, count)
+               : syscall(SYS_write, descriptor, parts[0].iov_base, size);
+  });
+}
+
+namespace korvan::test {
+namespace {
+
+struct IniFileFaults : testing::Test {
+  IniFileFaults() { Fill(file); }
+
+  static void Fill(File& filled) {
+    filled.SetKeyValue("Main"_t, "[k"_t, "v"_t);
+    filled.SetKeyValue("Main"_t, "[l"_t, Text(std::string(100, 'w')));
+  }
+  static std::string Saved() {
+    return "[Main]\n[k=v\n[l=" + std::string(100, 'w') + "\n";
+  }
+
+  Folder folder;
+  File file;
+};
+
+// Whether the standard library opens a file of that name.
+bool OpensToRead(const std::string& path) {
+  return std::ifstream(path, std::ios::binary).is_open();
+}
+bool OpensToWrite(const std::string& path) {
+  return std::ofstream(path, std::ios::binary).is_open();
+}
+
+TEST_F(IniFileFaults, NamesThatCanNotBeOpenedAreReportedAndNothingIsTouched) {
+  const std::string other = folder / "other";
+  WriteBytes(other, "kept");
+  const std::string loop = folder / "loop";
+  ASSERT_EQ(symlink("loop", loop.c_str()), 0);
+  const std::string dangling = folder / "dangling";
+  ASSERT_EQ(symlink("missing/file", dangling.c_str()), 0);
+  const std::string socket_path = folder / "socket";
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  ASSERT_LT(socket_path.size(), sizeof(address.sun_path));
+  socket_path.copy(address.sun_path, socket_path.size());
+  const int socket_descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
+  ASSERT_EQ(bind(socket_descriptor, reinterpret_cast<sockaddr*>(&address),
+                 sizeof(address)),
+            0);
+  const std::string before = ContentOf(file);
+  std::size_t tried = 0;
+  for (const std::string& path :
+       {std::string(), folder / "missing/file", other + "/below", loop,
+        dangling, loop + "/below", socket_path, folder / std::string(256, 'n'),
+        std::string(4096, '/'), std::string("/proc/self/fd/999999")}) {
+    SCOPED_TRACE(path.substr(0, 100));
+    EXPECT_FALSE(OpensToRead(path));
+    EXPECT_FALSE(OpensToWrite(path));
+    EXPECT_FALSE(file.Load(Text(path)));
+    EXPECT_FALSE(file.Load(Text(path), true));
+    EXPECT_FALSE(file.Save(Text(path)));
+    EXPECT_EQ(ContentOf(file), before);
+    tried += 3;
+  }
+  close(socket_descriptor);
+  EXPECT_EQ(BytesOf(other), "kept");
+  EXPECT_FALSE(OpensToWrite(folder / ""));
+  EXPECT_FALSE(file.Save(Text(folder / "")));
+  ++tried;
+  Figures(tried, " loads and saves of names that can't be opened");
+}
+
+TEST_F(IniFileFaults, FilesThatOpenAndGiveNothingEmptyTheDocument) {
+  // A folder; a file whose reads fail; one that is empty.
+  for (const std::string& path :
+       {folder / "", std::string("/proc/self/mem"), std::string("/dev/null")}) {
+    Fill(file);
+    const std::string before = ContentOf(file);
+    EXPECT_TRUE(file.Load(Text(path), true)) << path;
+    EXPECT_EQ(ContentOf(file), before);
+    EXPECT_TRUE(file.Load(Text(path))) << path;
+    EXPECT_EQ(ContentOf(file), "");
+  }
+}
+
+TEST_F(IniFileFaults, FilesThatTakeNothingAreSavedTo) {
+  for (const std::size_t size : {1u, 5000u, 200000u}) {
+    file.SetKeyValue("Main"_t, "[l"_t, Text(std::string(size, 'w')));
+    const std::string before = ContentOf(file);
+    for (const char* const path : {"/dev/full", "/dev/null"}) {
+      EXPECT_TRUE(file.Save(Text(path)));
+      EXPECT_EQ(ContentOf(file), before);
+    }
+  }
+}
+
+TEST_F(IniFileFaults, ANamedPipeIsLoadedToTheEndOfItsWriterAndSavedTo) {
+  const std::string path = folder / "pipe";
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  std::thread writer([&] { WriteBytes(path, Saved() + "[Last]\n[m=n"); });
+  File loaded;
+  EXPECT_TRUE(loaded.Load(Text(path)));
+  writer.join();
+  File expected;
+  Fill(expected);
+  expected.SetKeyValue("Last"_t, "[m"_t, "n"_t);
+  EXPECT_EQ(ContentOf(loaded), ContentOf(expected));
+  std::string bytes;
+  std::thread reader([&] { bytes = BytesOf(path); });
+  EXPECT_TRUE(file.Save(Text(path)));
+  reader.join();
+  EXPECT_EQ(bytes, Saved());
+}
+
+TEST_F(IniFileFaults, AFullDiskKeepsTheBeginningOfASavedFile) {
+  const std::string path = folder / "a.ini";
+  const std::string whole = Saved();
+  for (std::size_t capacity = 0; capacity <= whole.size(); ++capacity) {
+    {
+      const FullDisk full(capacity);
+      EXPECT_TRUE(file.Save(Text(path)));
+    }
+    EXPECT_EQ(BytesOf(path), whole.substr(0, capacity));
+  }
+  Figures(whole.size() + 1, " saves by name to full disks");
+}
+
+#ifdef __GLIBCXX__
+
+// How many calls a load or save makes that has no fault.
+template <class Use>
+int CallsOf(Use use) {
+  Calls counted;
+  calls = &counted;
+  use();
+  calls = nullptr;
+  return counted.made;
+}
+
+// Lines in no order, more than a block holds of a wide file. The last one is
+// cut where a read fails instead of telling the end.
+std::string ManyLines() {
+  std::string lines = "[Main]\n";
+  for (int i = 0; i < 600; ++i) {
+    lines += "[k" + std::to_string(1000 + i * 7 % 600) +
+             "=a value of some length, the same for all\n";
+  }
+  return lines + "[z=v";
+}
+
+std::string ContentOfLines(const std::string& lines) {
+  PlainFile plain;
+  StringInput input(Text(lines));
+  plain.Load(input, false);
+  return ContentOf(plain);
+}
+
+TEST_F(IniFileFaults, ALoadWhoseNthReadFailsKeepsTheLinesBefore) {
+  const std::string path = folder / "a.ini";
+  const std::string lines = ManyLines();
+  WriteBytes(path, lines);
+  const std::string whole = ContentOfLines(lines);
+  const String name = Text(path);
+  const int reads = CallsOf([&] { file.Load(name); });
+  EXPECT_GE(reads, 2);
+  std::size_t tried = 0;
+  for (const int error : {EIO, EINTR, EISDIR, 0}) {
+    for (int fault_at = 1; fault_at <= reads; ++fault_at) {
+      Calls faulty;
+      faulty.fault_at = fault_at;
+      faulty.error = error;
+      File loaded;
+      calls = &faulty;
+      const bool opened = loaded.Load(name);
+      calls = nullptr;
+      EXPECT_TRUE(opened);
+      const std::string content = ContentOf(loaded);
+      if (error == EINTR || error == 0) {
+        EXPECT_EQ(content, whole) << "read " << fault_at;
+      } else {
+        // As many keys as it has are those of the first lines.
+        const Section* const section = loaded.GetSection("Main"_t);
+        std::size_t end = section == nullptr ? 0 : lines.find('\n') + 1;
+        const std::size_t keys =
+            section == nullptr ? 0 : section->GetKeys().size();
+        for (std::size_t i = 0; i < keys; ++i) {
+          end = lines.find('\n', end) + 1;
+        }
+        EXPECT_EQ(content, ContentOfLines(lines.substr(0, end)))
+            << "read " << fault_at;
+      }
+      ++tried;
+    }
+  }
+  Figures(tried, " loads of a file one of whose reads fails");
+}
+
+TEST_F(IniFileFaults, ALoadThatReadsByteByByteReadsAll) {
+  const std::string path = folder / "a.ini";
+  WriteBytes(path, Saved());
+  Calls single;
+  single.fault_at = 1;
+  single.error = 0;
+  single.goes_on = true;
+  const std::string before = ContentOf(file);
+  const String name = Text(path);
+  calls = &single;
+  file.Load(name);
+  calls = nullptr;
+  EXPECT_EQ(ContentOf(file), before);
+}
+
+TEST_F(IniFileFaults, ASaveWhoseNthWriteFailsIsTrueAndWritesTheBeginning) {
+  const std::string path = folder / "a.ini";
+  StringInput many(Text(ManyLines()));
+  file.Load(many);
+  const String name = Text(path);
+  const int writes = CallsOf([&] { file.Save(name); });
+  EXPECT_GE(writes, 1);
+  const std::string whole = BytesOf(path);
+  const std::string before = ContentOf(file);
+  std::size_t tried = 0;
+  for (const int error : {EIO, ENOSPC, EDQUOT, EINTR, EAGAIN, 0}) {
+    for (const bool goes_on : {false, true}) {
+      if (error == EINTR && goes_on) {
+        continue;  // is repeated without end
+      }
+      for (int fault_at = 1; fault_at <= writes; ++fault_at) {
+        Calls faulty;
+        faulty.fault_at = fault_at;
+        faulty.error = error;
+        faulty.goes_on = goes_on;
+        calls = &faulty;
+        const bool opened = file.Save(name);
+        calls = nullptr;
+        EXPECT_TRUE(opened);
+        EXPECT_EQ(ContentOf(file), before);
+        const std::string bytes = BytesOf(path);
+        if (error == EINTR || error == 0) {
+          EXPECT_TRUE(bytes == whole) << "write " << fault_at;
+        } else {
+          EXPECT_TRUE(bytes.size() < whole.size() || !goes_on);
+          EXPECT_TRUE(whole.starts_with(bytes)) << "write " << fault_at;
+        }
+        ++tried;
+      }
+    }
+  }
+  EXPECT_TRUE(file.Save(name));
+  EXPECT_TRUE(BytesOf(path) == whole);
+  Figures(tried, " saves to a file one of whose writes fails");
+}
+
+// What comes out of a pipe that was full but for `free` bytes, and does not
+// wait for its reader.
+template <class AnyFile>
+std::string SavedToFullPipe(AnyFile& saved, std::size_t free) {
+  int ends[2];
+  EXPECT_EQ(pipe2(ends, O_NONBLOCK), 0);
+  const std::string filler(
+      static_cast<std::size_t>(fcntl(ends[1], F_SETPIPE_SZ, 4096)) - free, 'x');
+  EXPECT_EQ(write(ends[1], filler.data(), filler.size()),
+            static_cast<ssize_t>(filler.size()));
+  std::string seen;
+  {
+    __gnu_cxx::stdio_filebuf<Char> buffer(
+        ends[1], std::ios_base::out | std::ios_base::binary);
+    OutputStream output(&buffer);
+    saved.Save(output);
+    seen = Shown(output.rdstate());
+    output.flush();
+    seen += " flushed:" + Shown(output.rdstate()) + ' ';
+  }
+  std::string taken(8192, '\0');
+  const ssize_t size = read(ends[0], taken.data(), taken.size());
+  EXPECT_GE(size, static_cast<ssize_t>(filler.size()));
+  taken.resize(static_cast<std::size_t>(size));
+  close(ends[0]);
+  return seen + taken.substr(filler.size());
+}
+
+TEST_F(IniFileFaults, AFullPipeTakesWhatItTakesOfInsertions) {
+  PlainFile plain;
+  plain.Set("Main"_t, "[k"_t, "v"_t);
+  plain.Set("Main"_t, "[l"_t, Text(std::string(100, 'w')));
+  for (std::size_t free = 0; free <= Saved().size(); ++free) {
+    EXPECT_EQ(SavedToFullPipe(file, free), SavedToFullPipe(plain, free));
+  }
+}
+
+std::string changing_path;
+
+TEST_F(IniFileFaults, AFileThatShrinksOrGrowsWhileItIsReadIsReadInPart) {
+  changing_path = folder / "a.ini";
+  const std::string lines = ManyLines();
+  const String name = Text(changing_path);
+  struct Change {
+    void (*make)();
+    std::size_t fewest;
+    std::size_t most;
+  };
+  const Change changes[] = {
+      {[] { EXPECT_EQ(truncate(changing_path.c_str(), 0), 0); }, 0, 601},
+      {[] { EXPECT_EQ(truncate(changing_path.c_str(), 3000), 0); }, 0, 601},
+      {[] {
+         std::ofstream more(changing_path, std::ios::app);
+         more << "\n[z1=v\n[z2=v\n";
+         more.flush();
+       },
+       601, 603},
+  };
+  std::size_t tried = 0;
+  for (const Change& change : changes) {
+    WriteBytes(changing_path, lines);
+    const int reads = CallsOf([&] { file.Load(name); });
+    for (int at = 1; at <= reads; ++at) {
+      WriteBytes(changing_path, lines);
+      Calls changing;
+      changing.fault_at = at;
+      static void (*make)() = nullptr;
+      make = change.make;
+      changing.before = [] {
+        Calls* const former = calls;
+        calls = nullptr;  // its own writes are none of the load's
+        make();
+        calls = former;
+      };
+      File loaded;
+      calls = &changing;
+      EXPECT_TRUE(loaded.Load(name));
+      calls = nullptr;
+      const Section* const section = loaded.GetSection("Main"_t);
+      const std::size_t keys =
+          section == nullptr ? 0 : section->GetKeys().size();
+      EXPECT_GE(keys, change.fewest);
+      EXPECT_LE(keys, change.most);
+      ContentOf(loaded);
+      ++tried;
+    }
+  }
+  Figures(tried, " loads of a file that changes meanwhile");
+}
+
+#endif
+
+}  // namespace
+}  // namespace korvan::test
