@@ -80,6 +80,15 @@ ssize_t read(int descriptor, void* place, std::size_t size) {
   });
 }
 
+// What a fortified library calls instead.
+extern "C" ssize_t __read_chk(int descriptor, void* place, std::size_t size,
+                              std::size_t room);
+ssize_t __read_chk(int descriptor, void* place, std::size_t size,
+                   std::size_t room) {
+  EXPECT_LE(size, room);
+  return read(descriptor, place, size);
+}
+
 ssize_t write(int descriptor, const void* place, std::size_t size) {
   return korvan::test::Move(size, [&](std::size_t count) {
     return syscall(SYS_write, descriptor, place, count);
