@@ -34,9 +34,9 @@ namespace korvan::oid {
 //
 // Who loads: every search, for the record that it returns; a search by name and
 // MatchOidInfo, for each record that they ask; a caller, by InitOidInfoWorker.
-// CleanupOidInfo puts null in the place of each text that the registry owns;
-// the state stays. A caller's own record has no row, so its name is never
-// indexed.
+// CleanupOidInfo puts null in the place of each text that the registry owns,
+// under the lock that a load takes; the state stays. A caller's own record has
+// no row, so its name is never indexed.
 //
 // How a load is published: its thread takes the one lock and writes the flag,
 // then the name, then whether it is indexed; the last two are released

@@ -213,8 +213,8 @@ class CommandLine {
 
 }  // namespace korvan::tools
 
-// What CLI11 throws of options that contradict each other ends the program, as
-// it should. NOLINTNEXTLINE(bugprone-exception-escape)
+// What CLI11 throws where options are declared wrongly ends the program, as it
+// should. NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv) {
   CLI::App app("Reads and edits INI files, and loses nothing unasked.",
                "initool");

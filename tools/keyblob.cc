@@ -133,8 +133,8 @@ Status Answer(const Order& order) {
 }  // namespace
 }  // namespace korvan::tools
 
-// What CLI11 throws of options that contradict each other ends the program, as
-// it should. NOLINTNEXTLINE(bugprone-exception-escape)
+// What CLI11 throws where options are declared wrongly ends the program, as it
+// should. NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv) {
   using namespace korvan::tools;
   Order order;

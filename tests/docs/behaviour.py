@@ -1,7 +1,8 @@
-"""behaviour.py TOP [LOG]
-Fails unless docs/behaviour.md has for each function that is exported a row for each kind of promise, and each row names tests that stand in the
-sources. With the log of a run of CTest, LOG, fails where one of these tests did
-not run and pass there, too."""
+"""behaviour.py TOP [LOG...]
+Fails unless docs/behaviour.md has for each exported function a row for each kind
+of promise, and each row names tests that stand in the sources. With logs of runs
+of CTest, fails, too, where one of these tests did not run and pass there, or
+passed for one width of the two that it is built for."""
 import pathlib
 import re
 import subprocess
@@ -18,6 +19,8 @@ CASE = re.compile(r"\bTEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)")
 PASSED_CASE = re.compile(r"^\[ {7}OK \] (?:\w+/)?(\w+\.\w+)", re.MULTILINE)
 # A test of CTest, which has a name of its own.
 ADDED = re.compile(r"(?:korvan_\w*test|add_test)\(\s*(?:NAME\s+)?([\w${}]+)")
+# A source that is built for both widths, narrow_NAME and wide_NAME.
+TWINS = re.compile(r"korvan_ini_test\((\w+)(?![^)]*\b(?:NARROW|WIDE)\b)")
 RUN = re.compile(r"^\d+/\d+ Testing: (\S+)$", re.MULTILINE)
 
 
@@ -68,20 +71,27 @@ def tests_in_sources(top):
     return tests
 
 
-def tests_that_passed(log):
-    """The cases and tests that the log of a run of CTest says passed."""
-    text = pathlib.Path(log).read_text(errors="replace")
+def tests_that_passed(top, logs):
+    """The cases and tests that the logs of runs of CTest say passed."""
+    text = "".join(pathlib.Path(log).read_text(errors="replace")
+                   for log in logs)
+    twins = TWINS.findall(
+        pathlib.Path(top, "tests/ini/CMakeLists.txt").read_text())
     passed = set()
+    of_program = {}
     for part in re.split(r"^-{58}\n(?=\d+/\d+ Testing: )", text,
                          flags=re.MULTILINE):
         name = RUN.search(part)
         if name and re.search(r"^Test Passed\.$", part, re.MULTILINE):
             passed.add(name.group(1))
-            passed |= set(PASSED_CASE.findall(part))
-    return passed
+            of_program[name.group(1)] = set(PASSED_CASE.findall(part))
+    for twin in twins:
+        narrow = of_program.pop(f"narrow_{twin}", set())
+        passed |= narrow & of_program.pop(f"wide_{twin}", set())
+    return passed.union(*of_program.values())
 
 
-def faults(top, log=None):
+def faults(top, logs):
     found = rows(top)
     functions = set()
     for symbols in SYMBOLS:
@@ -93,7 +103,7 @@ def faults(top, log=None):
     for function in sorted(set(found) - functions):
         yield f"{function} in docs/behaviour.md is not exported"
     known = tests_in_sources(top)
-    passed = tests_that_passed(log) if log else None
+    passed = tests_that_passed(top, logs) if logs else None
     for function, kinds in found.items():
         for kind in KINDS:
             number, tests = kinds.get(kind, (0, []))
@@ -106,8 +116,8 @@ def faults(top, log=None):
                     yield f"line {number}: {test} did not run and pass"
 
 
-def main(top, log=None):
-    lines = list(dict.fromkeys(faults(top, log)))
+def main(top, *logs):
+    lines = list(dict.fromkeys(faults(top, logs)))
     print("\n".join(lines) if lines else "{} functions, {} promises, "
           "{} tests".format(*counts(top)))
     return 1 if lines else 0

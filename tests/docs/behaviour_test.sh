@@ -37,15 +37,18 @@ if [ "$1" = --self-test ]; then
   # the lines of sed do to it.
   cp "$top/docs/behaviour.md" "$page"
   rule=$(printf '%58s' '' | tr ' ' -)
+  cases=$(grep '^|' "$page" | grep -o '`[A-Z][A-Za-z0-9]*\.[A-Za-z0-9]*`' |
+    sort -u | sed 's/`\(.*\)`/[       OK ] Some\/\1\/0 (0 ms)/')
   {
     echo "Start testing"
-    echo "$rule"
-    echo "1/2 Testing: all"
-    grep '^|' "$page" | grep -o '`[A-Z][A-Za-z0-9]*\.[A-Za-z0-9]*`' | sort -u |
-      sed 's/`\(.*\)`/[       OK ] Some\/\1\/0 (0 ms)/'
-    echo "Test Passed."
-    echo "$rule"
-    echo "2/2 Testing: exits_where_a_user_is_destroyed_before_korvan"
+    for program in narrow_ini_file_test wide_ini_file_test; do
+      printf '%s\n' "$rule" "1/4 Testing: $program"
+      printf '%s\n' "$cases" | grep '/IniFile\.'
+      echo "Test Passed."
+    done
+    printf '%s\n' "$rule" "3/4 Testing: all"
+    printf '%s\n' "$cases" | grep -v '/IniFile\.'
+    printf '%s\n' "Test Passed." "$rule" "4/4 Testing: exit_beside_lookups"
     echo "Test Passed."
   } > "$work/log"
   must_pass "all that ran" "$python" -B "$here/behaviour.py" "$work/top" \
@@ -64,10 +67,12 @@ if [ "$1" = --self-test ]; then
     '/LoadString.ANullBufferIsRefused/s/      OK/  FAILED/'
   ran_not "a program that failed" \
     'LoadString.ANullBufferIsRefused did not run and pass$' \
-    '0,/^Test Passed/s/^Test Passed/Test Failed/'
+    '/Testing: all/,/^Test Passed/s/^Test Passed/Test Failed/'
+  ran_not "one width of two" 'IniFile.FilesAreClosed did not run and pass$' \
+    '/Testing: wide_ini_file_test/,/^Test Passed/d'
   ran_not "a test of CTest that failed" \
-    'exits_where_a_user_is_destroyed_before_korvan did not run and pass$' \
-    '/Testing: exits/,$s/Passed/Failed/'
+    'exit_beside_lookups did not run and pass$' \
+    '/Testing: exit_beside/,$s/Passed/Failed/'
   end_self_test
 fi
 exec "$1" -B "$here/behaviour.py" "$2"

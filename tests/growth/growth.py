@@ -35,6 +35,8 @@ def most(growth, size):
 def compare(costs):
     """(a line for each operation that grows too fast,
     {growth: the highest ratio and where}, the number of operations)."""
+    if not costs:
+        raise ledger.Failure("no operation was counted")
     operations = collections.defaultdict(dict)
     for name, cost in costs.items():
         operation, growth, size = name.rsplit("/", 2)

@@ -36,6 +36,10 @@ class Comparison(unittest.TestCase):
             "find/linear/8": Cost(100, 0),
             "find/linear/16": Cost(5000, 0)}), ([], {}, 1))
 
+    def test_no_operation_is_a_failure(self):
+        with self.assertRaises(ledger.Failure):
+            growth.compare({})
+
     def test_a_size_alone_is_a_failure(self):
         with self.assertRaises(ledger.Failure):
             growth.compare({"find/linear/8": Cost(100, 0),

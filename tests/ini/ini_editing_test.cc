@@ -58,6 +58,12 @@ TEST_F(IniEditing, TheArgumentIsTheCallsOwnCopy) {
   section->AddKey(name);
   file.GetSection(name);
   section->SetSectionName(name);
+  section->SetKeyValue(name, name);
+  section->GetKey(name)->SetValue(name);
+  section->GetKeyValue(name);
+  file.SetKeyValue(name, name, name);
+  file.GetKeyValue(name, name);
+  file.RenameKey(name, name, name);
   file.RemoveSection(name);
   EXPECT_EQ(Shown(name), " a ");
 }

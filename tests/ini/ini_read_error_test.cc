@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "ini/fortified_read.h"
 #include "ini/shown.h"
 #include "ini/width.h"
 #include "support/folder.h"
@@ -50,15 +51,6 @@ ssize_t read(int descriptor, void* place, std::size_t size) {
   return korvan::test::next_reads.empty()
              ? syscall(SYS_read, descriptor, place, size)
              : korvan::test::GiveNextRead(place, size);
-}
-
-// What a fortified library calls instead.
-extern "C" ssize_t __read_chk(int descriptor, void* place, std::size_t size,
-                              std::size_t room);
-ssize_t __read_chk(int descriptor, void* place, std::size_t size,
-                   std::size_t room) {
-  EXPECT_LE(size, room);
-  return read(descriptor, place, size);
 }
 
 int fstat(int descriptor, struct stat* status) noexcept {

@@ -83,7 +83,8 @@ inline bool EditsDocuments() {
          wide.GetKeyValue(L"MAIN", L"KEY") == L"value";
 }
 
-// Lookups are apart: once the library has cleaned up, they find no names.
+// Lookups are apart: once the library has cleaned up, the names that were
+// loaded are gone.
 inline bool OtherServicesWork() {
   return ReadsTexts() && ConvertsTexts() && ConvertsKeys() && EditsDocuments();
 }

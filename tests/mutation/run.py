@@ -143,7 +143,7 @@ class Worker:
             if status is None:
                 return KILLED, f"{round_.build}: time limit"
             if status != 0 and round_.counts_costs:
-                return KILLED, f"{BY_COST}: {self._output().splitlines()[0]}"
+                return KILLED, f"{BY_COST}: {self._differing_cost()}"
             if status != 0:
                 return KILLED, f"{round_.build}: {self._failed_test()}"
         return SURVIVED, ""
@@ -226,6 +226,14 @@ class Worker:
     def _first_error(self):
         match = re.search(r".*\berror: .*", self._output())
         return match[0].strip() if match else "the build failed"
+
+    def _differing_cost(self):
+        """The first line of the ledger that tells of one."""
+        match = re.search(r".*: (not )?expected.*", self._output())
+        if match is None:
+            raise CannotRun("the instructions can't be counted:\n"
+                            f"{self._output()[-3000:]}")
+        return match[0]
 
     def _failed_test(self):
         match = re.search(r"tests FAILED:\n\s*\d+ - (\S+)", self._output())

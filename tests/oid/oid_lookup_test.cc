@@ -427,5 +427,17 @@ TEST(OidLookup, ASearchThatMeetsNoMissingTextLeavesTheLastErrorAlone) {
   EXPECT_EQ(GetLastError(), kUntouchedError);
 }
 
+TEST(OidLookup, AMatchThatMeetsNoMissingTextLeavesTheLastErrorAlone) {
+  COidData* const row = RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 2);
+  wchar_t name[] = L"GOST R 34.10-2001";
+  char oid[] = "no OID";
+  SetLastError(kUntouchedError);
+  EXPECT_TRUE(MatchOidInfo(*row, CRYPT_OID_INFO_NAME_KEY, name));
+  EXPECT_FALSE(MatchOidInfo(*row, CRYPT_OID_INFO_OID_KEY, oid));
+  EXPECT_FALSE(MatchOidInfo(*row, CRYPT_OID_INFO_OID_KEY, nullptr));
+  EXPECT_FALSE(MatchOidInfo(*row, kUnknownKeyType, oid));
+  EXPECT_EQ(GetLastError(), kUntouchedError);
+}
+
 }  // namespace
 }  // namespace korvan::test

@@ -149,5 +149,39 @@ TEST(OidThreads, ThreadsThatMixKeysOfEveryKindFindTheirs) {
   EXPECT_EQ(wrong, 0);
 }
 
+TEST(OidThreads, ThreadsThatMatchOneRecordByNameLoadOneArray) {
+  COidData* const record = RowOf(CRYPT_PUBKEY_ALG_OID_GROUP_ID, 2);
+  const long before = LiveBlocks();
+  std::atomic<int> wrong{0};
+  RunTogether(kThreads, [&](int) {
+    wchar_t name[] = L"gost r 34.10-2001";
+    wchar_t other[] = L"another";
+    ALG_ID algid = 0x2E23;
+    wrong += !MatchOidInfo(*record, CRYPT_OID_INFO_NAME_KEY, name);
+    wrong += MatchOidInfo(*record, CRYPT_OID_INFO_NAME_KEY, other);
+    wrong += !MatchOidInfo(*record, CRYPT_OID_INFO_ALGID_KEY, &algid);
+  });
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(LiveBlocks() - before, 1);
+}
+
+// Half of the threads give records of their own the texts that the others load.
+TEST(OidThreads, OwnRecordsGetTheirTextsBesideLookups) {
+  std::atomic<int> wrong{0};
+  RunTogether(kThreads, [&](int thread) {
+    if (thread % 2 == 0) {
+      wrong += FindUnknownName(kAllGroups) != nullptr;
+      return;
+    }
+    for (int round = 0; round < 200; ++round) {
+      COidData own = {};
+      InitOidInfoWorker(own, 8048);
+      wrong += std::wcscmp(own.pwszName, L"Common Name") != 0;
+      delete[] own.pwszName;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+}
+
 }  // namespace
 }  // namespace korvan::test

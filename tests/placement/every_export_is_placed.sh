@@ -1,6 +1,7 @@
 #!/bin/sh
 # every_export_is_placed.sh [--self-test] LIST PROGRAM...
-# Fails unless the PROGRAMs call every function of LIST, the exported symbols.
+# Fails unless the PROGRAMs import every function of LIST, the exported symbols,
+# as they do to call it.
 set -eu
 export LC_ALL=C
 here=$(cd "$(dirname "$0")" && pwd)
@@ -15,6 +16,7 @@ if [ "$1" = --self-test ]; then
   must_fail "a function that nobody calls" '^korvan::NoSuchFunction()$' \
     "$0" "$work/one_more" "$@"
   must_fail "a program that calls none" '[(]' "$0" "$list" "$(command -v true)"
+  must_fail "no list" '^no function is exported$' "$0" "$work/none" "$@"
   must_fail "no program" 'No such file' "$0" "$list" "$work/none"
   end_self_test
 fi
@@ -28,7 +30,8 @@ for program in "$@"; do
 done | awk '{sub("@.*", "", $2); print $2}' |
   "$here/../binary/short_names.sh" | uniq > "$called"
 # Data and versions have no parentheses; those with C's names take no pointer.
-grep '[(]' "$list" | sort -u > "$functions"
+sort -u "$list" | grep '[(]' > "$functions" ||
+  { echo "no function is exported"; exit 1; }
 left_out=$(comm -23 "$functions" "$called")
 if [ -n "$left_out" ]; then
   printf 'not called:\n%s\n' "$left_out"

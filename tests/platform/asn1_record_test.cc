@@ -549,6 +549,17 @@ TEST(Asn1Record, AFailedChangeOfTheContentLeavesTheRecordAsItWas) {
             (Reading{true, 4, false, 1, kAsn1Ok, {7}}));
 }
 
+TEST(Asn1Record, ANewTagTakesNoMemory) {
+  const Bytes content = Counted(600);
+  CASNTBaseRecord record;
+  record.SetEntry(content.data(), 600);
+  HeapWatch watch(1);
+  record.SetTag(4);
+  record.SetTag(0xFFFFFFFF);
+  watch.Stop();
+  EXPECT_TRUE(watch.Sizes().empty());
+}
+
 TEST(Asn1Record, AnEncodingTakesNoMemory) {
   const Bytes content = Counted(600);
   CASNTBaseRecord record;

@@ -1,8 +1,10 @@
 // What holds with the platform library alone: no heap beyond the outputs.
 #include <gtest/gtest.h>
+#include <korvan/platform/last_error.h>
 #include <korvan/public_key.h>
 
 #include <cstdlib>
+#include <thread>
 #include <vector>
 
 #include "pubkey/conversions.h"
@@ -30,6 +32,17 @@ TEST(BundledPlatform, AKeyOf512BytesIsConvertedWithNoHeapButTheBlob) {
     EXPECT_TRUE(watch.Freed().empty());
     std::free(blob);
   }
+}
+
+TEST(BundledPlatform, TheLastErrorOfANewThreadTakesNoHeap) {
+  std::thread([] {
+    HeapWatch watch(1);
+    SetLastError(NTE_BAD_KEY);
+    const unsigned int error = GetLastError();
+    watch.Stop();
+    EXPECT_EQ(error, NTE_BAD_KEY);
+    EXPECT_TRUE(watch.Sizes().empty());
+  }).join();
 }
 
 TEST(BundledPlatform, ABlobOfAKeyOf512BytesIsSplitWithNoHeapButTheOutputs) {
