@@ -42,6 +42,7 @@ namespace {
 // names are lost or found twice, but nothing is destroyed twice.
 
 TEST(IniEditingUnderAnotherLocale, ARenameLeavesOneEntryToAnObject) {
+  const CLocale later("C");
   const long live = LiveBlocks();
   {
     File file;
@@ -63,6 +64,7 @@ TEST(IniEditingUnderAnotherLocale, ARenameLeavesOneEntryToAnObject) {
 }
 
 TEST(IniEditingUnderAnotherLocale, ARenameSparesANamesakesEntry) {
+  const CLocale earlier("C");
   const long live = LiveBlocks();
   {
     File file;

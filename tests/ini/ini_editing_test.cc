@@ -15,11 +15,11 @@ struct IniEditing : testing::Test {
 };
 
 TEST_F(IniEditing, AddSectionTrimsTheNameAndFindsItInAnyCase) {
-  Section* const section = file.AddSection("  Main\t"_t);
+  Section* const section = file.AddSection("  Base\t"_t);
   ASSERT_NE(section, nullptr);
-  EXPECT_EQ(file.AddSection("MAIN"_t), section);
-  EXPECT_EQ(file.AddSection("\tmain "_t), section);
-  EXPECT_EQ(Content(), "Main{}");
+  EXPECT_EQ(file.AddSection("BASE"_t), section);
+  EXPECT_EQ(file.AddSection("\tbase "_t), section);
+  EXPECT_EQ(Content(), "Base{}");
 }
 
 TEST_F(IniEditing, AddKeyTrimsTheNameAndFindsItInAnyCase) {
@@ -69,24 +69,24 @@ TEST_F(IniEditing, TheArgumentIsTheCallsOwnCopy) {
 }
 
 TEST_F(IniEditing, GetFindsTrimmedNamesAndCreatesNothing) {
-  Section* const section = file.AddSection("Main"_t);
+  Section* const section = file.AddSection("Base"_t);
   Key* const key = section->AddKey("Key"_t);
-  EXPECT_EQ(file.GetSection(" main "_t), section);
+  EXPECT_EQ(file.GetSection(" base "_t), section);
   EXPECT_EQ(file.GetSection("Mai"_t), nullptr);
-  EXPECT_EQ(file.GetSection("Main\r"_t), nullptr);
+  EXPECT_EQ(file.GetSection("Base\r"_t), nullptr);
   EXPECT_EQ(file.GetSection(""_t), nullptr);
   EXPECT_EQ(section->GetKey("\tKEY "_t), key);
   EXPECT_EQ(section->GetKey("Keys"_t), nullptr);
-  EXPECT_EQ(Content(), "Main{Key=}");
+  EXPECT_EQ(Content(), "Base{Key=}");
 }
 
 TEST_F(IniEditing, RemoveByNameTrimsAndIgnoresCase) {
-  file.SetKeyValue("Main"_t, "k"_t, "v"_t);
-  file.SetKeyValue("Main"_t, "l"_t, "w"_t);
+  file.SetKeyValue("Base"_t, "k"_t, "v"_t);
+  file.SetKeyValue("Base"_t, "l"_t, "w"_t);
   file.AddSection("Other"_t);
-  file.GetSection("Main"_t)->RemoveKey(" K\t"_t);
-  EXPECT_EQ(Content(), "Main{l=w} Other{}");
-  file.RemoveSection("\tMAIN "_t);
+  file.GetSection("Base"_t)->RemoveKey(" K\t"_t);
+  EXPECT_EQ(Content(), "Base{l=w} Other{}");
+  file.RemoveSection("\tBASE "_t);
   EXPECT_EQ(Content(), "Other{}");
 }
 
@@ -109,17 +109,17 @@ TEST_F(IniEditing, RemoveByPointerRemovesTheObject) {
 
 TEST_F(IniEditing, RemoveByPointerTrustsTheNameAndNotThePointer) {
   File other;
-  Section* const stranger = other.AddSection("MAIN"_t);
+  Section* const stranger = other.AddSection("BASE"_t);
   stranger->AddKey("k"_t);
-  file.AddSection("Main"_t);
+  file.AddSection("Base"_t);
   file.AddSection("Rest"_t)->AddKey("K"_t);
   file.GetSection("Rest"_t)->RemoveKey(stranger->GetKey("k"_t));
-  EXPECT_EQ(Content(), "Main{} Rest{}");
+  EXPECT_EQ(Content(), "Base{} Rest{}");
   file.RemoveSection(stranger);
   EXPECT_EQ(Content(), "Rest{}");
   file.RemoveSection(stranger);
   EXPECT_EQ(Content(), "Rest{}");
-  EXPECT_EQ(ContentOf(other), "MAIN{k=}");
+  EXPECT_EQ(ContentOf(other), "BASE{k=}");
 }
 
 TEST_F(IniEditing, RemoveByPointerTakesTheStoredNameUntrimmed) {
@@ -209,19 +209,19 @@ TEST_F(IniEditing, ARenamedKeyKeepsItsObjectAndValue) {
 }
 
 TEST_F(IniEditing, ARenameRefusesATakenNameItsOwnIncluded) {
-  file.SetKeyValue("Main"_t, "k"_t, "v"_t);
-  file.SetKeyValue("Main"_t, "l"_t, "w"_t);
+  file.SetKeyValue("Base"_t, "k"_t, "v"_t);
+  file.SetKeyValue("Base"_t, "l"_t, "w"_t);
   file.AddSection("Other"_t);
-  Section* const section = file.GetSection("Main"_t);
-  for (const String& taken : {"Main"_t, "MAIN"_t, " main "_t, "OTHER"_t}) {
+  Section* const section = file.GetSection("Base"_t);
+  for (const String& taken : {"Base"_t, "BASE"_t, " base "_t, "OTHER"_t}) {
     EXPECT_FALSE(section->SetSectionName(taken));
-    EXPECT_FALSE(file.RenameSection("main"_t, taken));
+    EXPECT_FALSE(file.RenameSection("base"_t, taken));
   }
   for (const String& taken : {"k"_t, "K"_t, "\tk"_t, "L"_t}) {
     EXPECT_FALSE(section->GetKey("k"_t)->SetKeyName(taken));
-    EXPECT_FALSE(file.RenameKey("main"_t, "k"_t, taken));
+    EXPECT_FALSE(file.RenameKey("base"_t, "k"_t, taken));
   }
-  EXPECT_EQ(Content(), "Main{k=v|l=w} Other{}");
+  EXPECT_EQ(Content(), "Base{k=v|l=w} Other{}");
 }
 
 TEST_F(IniEditing, ARenameTakesAnyOtherName) {
@@ -238,17 +238,17 @@ TEST_F(IniEditing, ARenameTakesAnyOtherName) {
 }
 
 TEST_F(IniEditing, ANameMayBeChangedAndChangedBack) {
-  file.SetKeyValue("Main"_t, "k"_t, "v"_t);
-  EXPECT_TRUE(file.RenameSection("Main"_t, "x"_t));
-  EXPECT_TRUE(file.RenameSection("x"_t, "MAIN"_t));
-  EXPECT_TRUE(file.RenameKey("main"_t, "k"_t, "x"_t));
-  EXPECT_TRUE(file.RenameKey("main"_t, "x"_t, "K"_t));
-  EXPECT_EQ(Content(), "MAIN{K=v}");
+  file.SetKeyValue("Base"_t, "k"_t, "v"_t);
+  EXPECT_TRUE(file.RenameSection("Base"_t, "x"_t));
+  EXPECT_TRUE(file.RenameSection("x"_t, "BASE"_t));
+  EXPECT_TRUE(file.RenameKey("base"_t, "k"_t, "x"_t));
+  EXPECT_TRUE(file.RenameKey("base"_t, "x"_t, "K"_t));
+  EXPECT_EQ(Content(), "BASE{K=v}");
 }
 
 TEST_F(IniEditing, RenameSectionByNameTrimsAndIgnoresCase) {
-  file.SetKeyValue("Main"_t, "k"_t, "v"_t);
-  EXPECT_TRUE(file.RenameSection(" MAIN\t"_t, " Other\t"_t));
+  file.SetKeyValue("Base"_t, "k"_t, "v"_t);
+  EXPECT_TRUE(file.RenameSection(" BASE\t"_t, " Other\t"_t));
   EXPECT_EQ(Content(), "Other{k=v}");
 }
 

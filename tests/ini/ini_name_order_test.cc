@@ -12,8 +12,7 @@ namespace korvan::test {
 namespace {
 
 TEST(IniNameOrder, NarrowNamesFoldAsTheCLibraryFoldsBytes) {
-  for (const char* const name : {"C", "C.UTF-8", "tr_TR.UTF-8", "ru_RU.KOI8-R",
-                                 "ru_RU.CP1251", "ja_JP.SHIFT_JIS"}) {
+  for (const char* const name : kTestLocales) {
     const CLocale locale(name);
     for (int i = 0; i < 256; ++i) {
       for (int j = 0; j < 256; ++j) {
@@ -32,7 +31,7 @@ TEST(IniNameOrder, WideNamesFoldAsTheCLibraryFoldsCharacters) {
                                 L'_', L'i',    L'z',     0x130,     0x131,
                                 0xC9, 0xE9,    0x416,    0x436,     0x1E9E,
                                 0xDF, 0x1F600, 0x10FFFF, 0x7FFFFFFF};
-  for (const char* const name : {"C", "C.UTF-8", "tr_TR.UTF-8"}) {
+  for (const char* const name : kTestLocales) {
     const CLocale locale(name);
     for (const wchar_t i : characters) {
       for (const wchar_t j : characters) {

@@ -13,8 +13,8 @@
 namespace korvan::test {
 namespace {
 
-const String kText = "[Main]\n[k=v\n[l=w\n[Other]\n"_t;
-constexpr char kContent[] = "Main{[k=v|[l=w} Other{}";
+const String kText = "[Base]\n[k=v\n[l=w\n[Other]\n"_t;
+constexpr char kContent[] = "Base{[k=v|[l=w} Other{}";
 
 // Looks at a document that can't be written.
 Operation Look(const char* name, const char* result,
@@ -45,14 +45,14 @@ std::string NameOrNone(const Section* section) {
 
 const std::vector<Operation> kDocuments = {
     Look("GetSections", kContent, ContentOf<File>),
-    Look("GetSection", "Main none",
+    Look("GetSection", "Base none",
          [](const File& file) {
-           return NameOrNone(file.GetSection("MAIN"_t)) + ' ' +
+           return NameOrNone(file.GetSection("BASE"_t)) + ' ' +
                   NameOrNone(file.GetSection("None"_t));
          }),
     Look("GetKeyValue", "v",
          [](const File& file) {
-           return Shown(file.GetKeyValue("main"_t, "[K"_t));
+           return Shown(file.GetKeyValue("base"_t, "[K"_t));
          }),
     // No const function, but one that only reads.
     Look("Save to a stream", "same",
@@ -61,39 +61,39 @@ const std::vector<Operation> kDocuments = {
            const_cast<File&>(file).Save(output);
            return std::string(output.str() == kText ? "same" : "else");
          }),
-    Change("AddSection", "Main{[k=v|[l=w} Other{} Third{}",
+    Change("AddSection", "Base{[k=v|[l=w} Other{} Third{}",
            [](File& file) { file.AddSection(" Third "_t); }),
     Change("RemoveSection", "Other{}",
-           [](File& file) { file.RemoveSection("MAIN"_t); }),
+           [](File& file) { file.RemoveSection("BASE"_t); }),
     Change("RemoveSection by pointer", "Other{}",
-           [](File& file) { file.RemoveSection(file.GetSection("Main"_t)); }),
+           [](File& file) { file.RemoveSection(file.GetSection("Base"_t)); }),
     Change("RemoveAllSections", "",
            [](File& file) { file.RemoveAllSections(); }),
     Change("RenameSection", "First{[k=v|[l=w} Other{}",
-           [](File& file) { file.RenameSection("Main"_t, "First"_t); }),
-    Change("RenameKey", "Main{[l=w|[m=v} Other{}",
-           [](File& file) { file.RenameKey("Main"_t, "[k"_t, "[m"_t); }),
-    Change("SetKeyValue", "Main{[k=x|[l=w} Other{}",
-           [](File& file) { file.SetKeyValue("Main"_t, "[k"_t, "x"_t); }),
+           [](File& file) { file.RenameSection("Base"_t, "First"_t); }),
+    Change("RenameKey", "Base{[l=w|[m=v} Other{}",
+           [](File& file) { file.RenameKey("Base"_t, "[k"_t, "[m"_t); }),
+    Change("SetKeyValue", "Base{[k=x|[l=w} Other{}",
+           [](File& file) { file.SetKeyValue("Base"_t, "[k"_t, "x"_t); }),
 #if !KORVAN_TEST_WIDE
-    Change("SetKeyValueDword", "Main{[k=7|[l=w} Other{}",
+    Change("SetKeyValueDword", "Base{[k=7|[l=w} Other{}",
            [](File& file) {
-             file.SetKeyValueDword("Main", "[k", 7);
-             EXPECT_EQ(file.GetKeyValueDword("Main", "[k"), 7u);
+             file.SetKeyValueDword("Base", "[k", 7);
+             EXPECT_EQ(file.GetKeyValueDword("Base", "[k"), 7u);
            }),
 #endif
     Change("SetSectionName", "First{[k=v|[l=w} Other{}",
            [](File& file) {
-             file.GetSection("Main"_t)->SetSectionName("First"_t);
+             file.GetSection("Base"_t)->SetSectionName("First"_t);
            }),
 };
 
 // Sections and keys that no document holds.
 const std::vector<Operation> kApart = {
-    {"section that is looked at", "Main v none",
+    {"section that is looked at", "Base v none",
      [](Arguments& arguments) {
        const Section& section =
-           arguments.ReadObject<Section>(nullptr, "Main"_t);
+           arguments.ReadObject<Section>(nullptr, "Base"_t);
        const_cast<Section&>(section).SetKeyValue("[k"_t, "v"_t);
        arguments.Ready();
        return Shown(section.GetSectionName()) + ' ' +
@@ -105,7 +105,7 @@ const std::vector<Operation> kApart = {
      }},
     {"section that is changed", "1 1 0 false",
      [](Arguments& arguments) {
-       Section& section = arguments.WrittenObject<Section>(nullptr, "Main"_t);
+       Section& section = arguments.WrittenObject<Section>(nullptr, "Base"_t);
        section.AddKey("[k"_t);
        section.AddKey("[l"_t);
        section.RemoveKey("[K"_t);
@@ -134,10 +134,10 @@ const std::vector<Operation> kApart = {
      [](Arguments& arguments) {
        File& file = arguments.WrittenObject<File>();
        file.SetKeyValue("Other"_t, "[k"_t, "v"_t);
-       file.AddSection("Main"_t);
+       file.AddSection("Base"_t);
        const Key& key = arguments.ReadObject<Key>(nullptr, "[K"_t);
        const Section& section =
-           arguments.ReadObject<Section>(nullptr, "MAIN"_t);
+           arguments.ReadObject<Section>(nullptr, "BASE"_t);
        arguments.Ready();
        file.GetSection("Other"_t)->RemoveKey(const_cast<Key*>(&key));
        file.RemoveSection(const_cast<Section*>(&section));
@@ -148,11 +148,11 @@ const std::vector<Operation> kApart = {
        // Only observed while names stay.
        const File& file = arguments.ReadObject<File>();
        const Section& section =
-           arguments.ReadObject<Section>(const_cast<File*>(&file), "Main"_t);
+           arguments.ReadObject<Section>(const_cast<File*>(&file), "Base"_t);
        const Key& key =
            arguments.ReadObject<Key>(const_cast<Section*>(&section), "[k"_t);
        arguments.Ready();
-       return std::string(section.GetSectionName() == "Main"_t ? "true"
+       return std::string(section.GetSectionName() == "Base"_t ? "true"
                                                                : "false") +
               (key.GetKeyName() == "[k"_t ? " true" : " false");
      }},
@@ -183,7 +183,7 @@ const std::vector<Operation> kStreams = {
        EXPECT_EQ(&(input >> file), &input);
        return ContentOf(file);
      }},
-    {"merge by the operator", "Main{[k=v|[l=w} Other{} Third{}",
+    {"merge by the operator", "Base{[k=v|[l=w} Other{} Third{}",
      [](Arguments& arguments) {
        File& file = arguments.WrittenObject<File>();
        file.AddSection("Third"_t);

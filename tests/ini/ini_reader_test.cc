@@ -142,8 +142,8 @@ TEST_F(IniReader, TheSectionOfAnEarlierLoadIsNoCurrentSection) {
 }
 
 TEST_F(IniReader, ARepeatedHeaderContinuesItsSection) {
-  EXPECT_EQ(Loaded("[Main]\n[a=1\n[Other]\n[MAIN]\n[b=2\n"),
-            "Main{[a=1|[b=2} Other{}");
+  EXPECT_EQ(Loaded("[Base]\n[a=1\n[Other]\n[BASE]\n[b=2\n"),
+            "Base{[a=1|[b=2} Other{}");
 }
 
 TEST_F(IniReader, TheLastValueOfAKeyWinsAndTheFirstSpelling) {
@@ -163,14 +163,14 @@ TEST_F(IniReader, ReplacingDestroysWhatWasThere) {
 }
 
 TEST_F(IniReader, MergingKeepsObjectsAndReplacesValues) {
-  Section* const section = file.AddSection("Main"_t);
+  Section* const section = file.AddSection("Base"_t);
   section->SetKeyValue("[k"_t, "1"_t);
   section->SetKeyValue("l"_t, "2"_t);
   Key* const key = section->GetKey("[k"_t);
   file.AddSection("Other"_t);
-  EXPECT_EQ(Loaded("[MAIN]\n[K=3\n[m=4\n[New]\n", true),
-            "Main{[k=3|[m=4|l=2} New{} Other{}");
-  EXPECT_EQ(file.GetSection("Main"_t), section);
+  EXPECT_EQ(Loaded("[BASE]\n[K=3\n[m=4\n[New]\n", true),
+            "Base{[k=3|[m=4|l=2} New{} Other{}");
+  EXPECT_EQ(file.GetSection("Base"_t), section);
   EXPECT_EQ(section->GetKey("[k"_t), key);
 }
 

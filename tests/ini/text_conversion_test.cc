@@ -29,6 +29,7 @@ TEST(WideToNarrow, TheFirstByteOfACharacterThatDoesNotFitStaysInShiftJis) {
 }
 
 TEST(WideToNarrow, ConversionEndsSilentlyAtACharacterItCannotConvert) {
+  const CLocale locale("C");
   EXPECT_EQ(Shown(wstr_to_str(L"ab\u0416cd")), "ab\\0;\\0;\\0;");
 }
 

@@ -321,6 +321,7 @@ TEST_F(OidNames, TheCleanupHelperCleansUpWhenItIsDestroyed) {
 }
 
 TEST_F(OidNames, TheLocaleOfTheMomentFoldsNames) {
+  ASSERT_NE(std::setlocale(LC_ALL, "C"), nullptr);
   FindUnknownName(kAllGroups);
   EXPECT_NE(FindByName(L"initials", CRYPT_RDN_ATTR_OID_GROUP_ID), nullptr);
   ASSERT_NE(std::setlocale(LC_ALL, "tr_TR.UTF-8"), nullptr);
@@ -562,7 +563,7 @@ TEST_F(OidNames, ASearchInAnOwnTableLoadsTheNamesItPasses) {
     records[i].pwszName =
         reinterpret_cast<LPCWSTR>(std::uintptr_t{kNumbers[i]});
   }
-  wchar_t name[] = L"LOCALITY";
+  wchar_t name[] = L"LOCALiTY";
   EXPECT_EQ(FindOIDInfoInternal(
                 OID_TABLE_INFO{CRYPT_EXT_OR_ATTR_OID_GROUP_ID, 3, records},
                 CRYPT_OID_INFO_NAME_KEY, name),
