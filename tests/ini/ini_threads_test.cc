@@ -19,11 +19,12 @@ constexpr int kThreads = 8;
 
 String Number(int number) { return Text(std::to_string(number)); }
 
-// A document of three sections and some keys that the reader takes.
+// Three sections with some keys that the reader takes. Turkish folds the names,
+// too: they have no I.
 String TextOf(int number) {
   String text;
   for (const int section : {2, 0, 1}) {
-    text += "[Section"_t + Number(section) + "]\n"_t;
+    text += "[Part"_t + Number(section) + "]\n"_t;
     for (const int key : {4, 1, 3, 0, 2}) {
       text += "[Key"_t + Number(key) + "="_t + Number(number) + "\n"_t;
     }
@@ -45,10 +46,10 @@ TEST(IniThreads, ThreadsChangeTheirOwnDocumentsAtOnce) {
       File file;
       StringInput input(TextOf(number));
       file.Load(input);
-      file.SetKeyValue("Section1"_t, "[Key9"_t, Number(number));
-      wrong += !file.RenameKey("section1"_t, "[key9"_t, "[Key8"_t);
-      wrong += file.GetKeyValue("SECTION1"_t, "[KEY8"_t) != Number(number);
-      file.RemoveSection("Section0"_t);
+      file.SetKeyValue("Part1"_t, "[Key9"_t, Number(number));
+      wrong += !file.RenameKey("part1"_t, "[key9"_t, "[Key8"_t);
+      wrong += file.GetKeyValue("PART1"_t, "[KEY8"_t) != Number(number);
+      file.RemoveSection("Part0"_t);
       const String before = Saved(file);
       StringInput again(before);
       file.Load(again);
@@ -66,13 +67,13 @@ TEST(IniThreads, ThreadsReadOneDocumentAtOnce) {
   const String saved = Saved(file);
   std::atomic<int> wrong = 0;
   RunTogether(kThreads, [&](int number) {
-    const String section_name = "SECTION"_t + Number(number % 3);
+    const String section_name = "PART"_t + Number(number % 3);
     const String key_name = "[KEY"_t + Number(number % 5);
     for (std::size_t round = 0; round < rounds; ++round) {
       Section* const section = file.GetSection(section_name);
       Key* const key = section->GetKey(key_name);
       wrong += key->GetValue() != "7"_t || key->GetKeyName().size() != 5;
-      wrong += section->GetSectionName().size() != 8;
+      wrong += section->GetSectionName().size() != 5;
       wrong += section->GetKeyValue(key_name) != "7"_t;
       wrong += file.GetKeyValue(section_name, "none"_t) != ""_t;
       wrong += section->GetKeys().size() != 5;
@@ -92,7 +93,7 @@ TEST(IniThreads, ThreadsLoadAndSaveTheirOwnFilesAtOnce) {
         Text(folder / ("thread" + std::to_string(number) + ".ini"));
     File file;
     for (int key = 0; key < 20; ++key) {
-      file.SetKeyValue("Main"_t, "["_t + Number(key), Number(number));
+      file.SetKeyValue("Part"_t, "["_t + Number(key), Number(number));
     }
     for (std::size_t round = 0; round < rounds; ++round) {
       File read;
