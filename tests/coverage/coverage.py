@@ -29,17 +29,19 @@ _CONDITION = 6  # the kind of a branch that is a condition of a decision
 
 
 class Coverage:
-    """What llvm-cov exported, with the instantiations of a template merged."""
+    """What llvm-cov exported of the sources whose paths begin with one of
+    `paths`, with the instantiations of a template merged."""
 
-    def __init__(self, exported, lcov, source):
+    def __init__(self, exported, lcov, source, paths=_FOLDERS):
         self._source = source
+        self._paths = tuple(paths)
         self._texts = {}
         self._branches = {}                           # span: [true, false]
         self._decisions = {}                          # span: (flags, branches)
         self._lines = collections.defaultdict(int)    # (path, line): count
         for function in exported["data"][0]["functions"]:
             paths = [_in_source(path) for path in function["filenames"]]
-            if paths[0].startswith(_FOLDERS):
+            if paths[0].startswith(self._paths):
                 self._take(function, paths)
         self._take_lines(lcov)
 
@@ -59,15 +61,18 @@ class Coverage:
                 rows[f"{self._at(condition)}  never decides by itself"] += 1
         return rows
 
+    def sides(self):
+        """How often each side of each branch was taken."""
+        return [count for counts in self._branches.values()
+                for count in counts]
+
     def figures(self):
         """How much there is, and how much of it is covered."""
-        sides = [count for counts in self._branches.values()
-                 for count in counts]
         conditions = sum(len(self._conditions(span))
                          for span in self._decisions)
         undecided = sum(len(self._undecided(span)) for span in self._decisions)
         return (_share("lines", self._lines.values()),
-                _share("branches", sides),
+                _share("branches", self.sides()),
                 _share("conditions", [0] * undecided +
                        [1] * (conditions - undecided)))
 
@@ -77,7 +82,8 @@ class Coverage:
                 (paths[branch[6]], *branch[:4]), [0, 0])
             counts[0] += branch[4]
             counts[1] += branch[5]
-        for decision in function["mcdc_records"]:
+        # Clang has them from 18 on.
+        for decision in function.get("mcdc_records", []):
             span = (paths[0], *decision[:4])
             flags, conditions = self._decisions.setdefault(
                 span, ([False] * len(decision[-1]), set()))
@@ -93,7 +99,7 @@ class Coverage:
         for line in lcov.splitlines():
             if line.startswith("SF:"):
                 path = _in_source(line[3:])
-            elif line.startswith("DA:") and path.startswith(_FOLDERS):
+            elif line.startswith("DA:") and path.startswith(self._paths):
                 number, count = line[3:].split(",")[:2]
                 self._lines[path, int(number)] += int(count)
 
@@ -126,8 +132,9 @@ class Coverage:
 
 
 def _in_source(path):
-    # Objects name their sources from the folder of the build, "build".
-    return os.path.normpath(path).removeprefix("build/")
+    # Objects name their sources from the folder of the build: "build", or a
+    # folder in the source's.
+    return os.path.normpath(path.rpartition("/./")[2]).removeprefix("build/")
 
 
 def _share(what, counts):

@@ -77,6 +77,22 @@ class CoverageTest(unittest.TestCase):
             dict(found.missing()),
             {"ini/f.h  a == 1 || b == 2  never decides by itself": 1})
 
+    def test_equal_conditions_are_a_row_each(self):
+        (self._source / "ini/f.h").write_text(_SOURCE.replace("b == 2", "a == 1"))
+        found = self._coverage(
+            _function([_branch(_A, 0, 1), _branch(_B, 0, 1)], True, True))
+        self.assertEqual(dict(found.missing()),
+                         {"ini/f.h  a == 1  is never true": 2})
+
+    def test_a_build_below_the_sources_counts_without_decisions(self):
+        function = _function([_branch(_A, 1, 0)],
+                             path="./build/fuzz_coverage/./ini/f.h")
+        del function["mcdc_records"]
+        found = self._coverage(function)
+        self.assertEqual(dict(found.missing()),
+                         {"ini/f.h  a == 1  is never false": 1})
+        self.assertEqual(found.sides(), [1, 0])
+
     def test_other_sources_do_not_count(self):
         found = self._coverage(
             _function([_branch(_A, 1, 1), _branch(_B, 1, 1)], True, True),

@@ -21,9 +21,11 @@ def read(path):
     return rows
 
 
-def compare(left_out, path, done):
-    """Ends the program unless what is left out is what the list has."""
-    listed = read(path)
+def compare(left_out, path, done, listed=None):
+    """Ends the program unless what is left out is what the list has, or, of a
+    list that is for several, those of its rows that are `listed`."""
+    if listed is None:
+        listed = read(path)
     wrong = [f"not {done}, nor listed in {path.name}: {row}"
              for row in sorted((left_out - listed).elements())]
     wrong += [f"listed in {path.name}, but {done} or gone: {row}"

@@ -1,0 +1,58 @@
+"""Shows what fuzz/reached.py takes for right, of what is missing and listed."""
+
+import collections
+import pathlib
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "fuzz"))
+import reached
+import reasons
+
+_TARGETS = ["narrow_fuzzer", "wide_fuzzer", "text_fuzzer"]
+_ROW = "ini/f.h  a == 1  is never true"
+
+
+class ReachedTest(unittest.TestCase):
+    def _compare(self, missing, *rows, target="wide_fuzzer"):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder, "unreached.txt")
+            path.write_text("\n".join(["A reason.", "",
+                                       *(f"  {row}" for row in rows)]))
+            listed = reached.listed_for(target, reasons.read(path), _TARGETS)
+            reasons.compare(collections.Counter(missing), path, "reached",
+                            listed)
+
+    def test_what_is_missing_and_listed_is_right(self):
+        self._compare([_ROW], f"wide_fuzzer  {_ROW}")
+        self._compare([_ROW], f"*e_fuzzer  {_ROW}")
+
+    def test_what_is_missing_and_not_listed_is_wrong(self):
+        with self.assertRaisesRegex(SystemExit, "^not reached, nor listed"):
+            self._compare([_ROW])
+
+    def test_what_is_listed_for_another_target_is_not_listed(self):
+        with self.assertRaisesRegex(SystemExit, "^not reached, nor listed"):
+            self._compare([_ROW], f"narrow_fuzzer  {_ROW}")
+        self._compare([], f"narrow_fuzzer  {_ROW}")
+
+    def test_what_is_listed_and_not_missing_is_wrong(self):
+        with self.assertRaisesRegex(SystemExit, "but reached or gone: ini/f.h"):
+            self._compare([], f"*_fuzzer  {_ROW}")
+
+    def test_two_equal_conditions_need_two_rows(self):
+        row = f"wide_fuzzer  {_ROW}"
+        with self.assertRaisesRegex(SystemExit, "^not reached, nor listed"):
+            self._compare([_ROW, _ROW], row)
+        with self.assertRaisesRegex(SystemExit, "^listed in unreached.txt"):
+            self._compare([_ROW], row, row)
+        self._compare([_ROW, _ROW], row, row)
+
+    def test_a_row_of_no_target_is_wrong(self):
+        with self.assertRaisesRegex(SystemExit, "no target gone_fuzzer"):
+            self._compare([], f"gone_fuzzer  {_ROW}")
+
+
+if __name__ == "__main__":
+    unittest.main()
