@@ -5,6 +5,7 @@ import json
 import pathlib
 import re
 import subprocess
+import tempfile
 
 # `tool` is None where the program runs by itself.
 Test = collections.namedtuple("Test", "name program tool")
@@ -17,9 +18,14 @@ _ADDED = re.compile(r'^ *add_test\((?:\[=+\[.*?\]=+\] "([^"]*)"|(\S+)_NOT_BUILT 
 def tests(build):
     """The tests of a built tree that run a program built from its tests."""
     folder = pathlib.Path(build).resolve()
-    shown = subprocess.run(
-        ["ctest", "--test-dir", str(folder), "--show-only=json-v1"],
-        capture_output=True, text=True, check=True).stdout
+    # From elsewhere: even when it only shows the tests of a tree, CTest takes
+    # the place of the log of the run that may be asking.
+    with tempfile.TemporaryDirectory() as elsewhere:
+        pathlib.Path(elsewhere, "CTestTestfile.cmake").write_text(
+            f'subdirs("{folder}")\n')
+        shown = subprocess.run(
+            ["ctest", "--test-dir", elsewhere, "--show-only=json-v1"],
+            capture_output=True, text=True, check=True).stdout
     found = []
     for test in json.loads(shown)["tests"]:
         command = test.get("command", [])
