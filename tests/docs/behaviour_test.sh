@@ -37,18 +37,23 @@ if [ "$1" = --self-test ]; then
   # the lines of sed do to it.
   cp "$top/docs/behaviour.md" "$page"
   rule=$(printf '%58s' '' | tr ' ' -)
+  # begins NUMBER NAME: a test, in the log as CTest writes it.
+  begins() {
+    printf '%s\n' "$rule" "" "$1/4 Testing: $2" "$1/4 Test: $2" "$rule"
+  }
   cases=$(grep '^|' "$page" | grep -o '`[A-Z][A-Za-z0-9]*\.[A-Za-z0-9]*`' |
     sort -u | sed 's/`\(.*\)`/[       OK ] Some\/\1\/0 (0 ms)/')
   {
     echo "Start testing"
     for program in narrow_ini_file_test wide_ini_file_test; do
-      printf '%s\n' "$rule" "1/4 Testing: $program"
+      begins 1 "$program"
       printf '%s\n' "$cases" | grep '/IniFile\.'
       echo "Test Passed."
     done
-    printf '%s\n' "$rule" "3/4 Testing: all"
+    begins 3 all
     printf '%s\n' "$cases" | grep -v '/IniFile\.'
-    printf '%s\n' "Test Passed." "$rule" "4/4 Testing: exit_beside_lookups"
+    echo "Test Passed."
+    begins 4 exit_beside_lookups
     echo "Test Passed."
   } > "$work/log"
   must_pass "all that ran" "$python" -B "$here/behaviour.py" "$work/top" \
