@@ -7,18 +7,8 @@ if [ "$1" = --self-test ]; then
   cmake=$2 compiler=$3 source=$4
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  mkdir "$work/source"
-  for entry in "$source"/*; do
-    ln -s "$entry" "$work/source"
-  done
-  rm "$work/source/cmake"
-  cp -r "$source/cmake" "$work/source"
-  # breaks WHAT MESSAGE SED
-  breaks() {
-    sed "$3" "$source/cmake/BuildFlags.cmake" \
-      > "$work/source/cmake/BuildFlags.cmake"
-    must_fail "$1" "$2" "$0" "$cmake" "$compiler" "$work/source" "$work/work"
-  }
+  # shellcheck source=tests/build/changed_flags.sh
+  . "$(dirname "$0")/changed_flags.sh"
   breaks "a version that is not looked at" "^23: .*=c++20" \
     's,^if(NOT CMAKE_CXX_STANDARD.*,if(TRUE OR,'
   breaks "an older version that is taken" "^17: .*=c++17" 's/LESS 20/LESS 10/'
