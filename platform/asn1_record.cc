@@ -4,7 +4,6 @@
 #include <korvan/platform/asn1_record.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
 #include <span>
 
@@ -216,8 +215,7 @@ void CASNTBaseRecord::SetEntry(const void* bytes, unsigned int count) {
 
 const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const {
   encoding_.data = PutHeader({tag_, size_, constructed_}, content_.data);
-  const std::uint64_t total =
-      static_cast<std::uint64_t>(content_.data - encoding_.data) + size_;
+  const std::ptrdiff_t total = content_.data - encoding_.data + size_;
   encoding_.length = static_cast<unsigned int>(total);
   Asn1Status found = Status();
   if (tag_ != 0 && total != encoding_.length) {
