@@ -250,7 +250,7 @@ class Session:
 
     def _report(self, mutants, stale, verdicts):
         survivors = []
-        columns = (run.KILLED, "by cost alone", run.EQUIVALENT,
+        columns = (run.KILLED, "by cost", run.EQUIVALENT,
                    run.NOT_COMPILED, run.SURVIVED, "accepted")
         table = [("folder", "mutants", *columns)]
         for name, of_folder in mutants.items():
@@ -259,7 +259,7 @@ class Session:
                 verdict, by = verdicts.get(mutant.change, (None, ""))
                 if mutant.change not in self._accepted:
                     if by.startswith(run.BY_COST):
-                        verdict = "by cost alone"
+                        verdict = "by cost"
                     counts[verdict] += 1
                     if verdict == run.SURVIVED:
                         survivors.append(mutant)
