@@ -442,8 +442,8 @@ class KORVAN_API CIniFileA {
   ///         result is true WHATEVER HAPPENS AFTERWARDS: a directory opens,
   ///         and then gives no lines.
   /// @par Errors
-  /// The file can't be opened: false. A read that fails ends the load
-  /// silently.
+  /// The file can't be opened: false, and `errno` tells why. A read that fails
+  /// ends the load silently.
   /// @par Ownership
   /// Without merge, pointers to the document's sections and keys are
   /// no longer valid.
@@ -483,8 +483,8 @@ class KORVAN_API CIniFileA {
   /// @return whether the file could be opened; true WHATEVER HAPPENS
   ///         AFTERWARDS: a full disk, or a character that can't be converted.
   /// @par Errors
-  /// The file can't be opened: false. A write that fails is not told;
-  /// save to a stream of your own to see it.
+  /// The file can't be opened: false, and `errno` tells why. A write that fails
+  /// is not told; save to a stream of your own to see it.
   /// @ownership{The document stays as it is.}
   /// @threads{Any thread, while none changes the document.}
   /// @throws std::bad_alloc or std::length_error when allocation fails. THE

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <thread>
 
 #include "ini/shown.h"
@@ -136,6 +137,31 @@ TEST_F(IniFile, AFileThatCannotBeOpenedIsNotWritten) {
   EXPECT_EQ(BytesOf(other), "kept");
   struct stat missing;
   EXPECT_NE(stat((folder / "missing").c_str(), &missing), 0);
+}
+
+TEST_F(IniFile, WhyAFileCannotBeOpenedIsInErrno) {
+  const std::string other = folder / "other";
+  const std::string loop = folder / "loop";
+  WriteBytes(other, "kept");
+  ASSERT_EQ(symlink("loop", loop.c_str()), 0);
+  const struct {
+    std::string path;
+    int error;
+  } cases[] = {
+      {folder / "missing/file", ENOENT},
+      {other + "/below", ENOTDIR},
+      {loop, ELOOP},
+      {folder / std::string(300, 'n'), ENAMETOOLONG},
+  };
+  for (const auto& [path, error] : cases) {
+    SCOPED_TRACE(path);
+    errno = 0;
+    EXPECT_FALSE(Load(path));
+    EXPECT_EQ(errno, error);
+    errno = 0;
+    EXPECT_FALSE(Save(path));
+    EXPECT_EQ(errno, error);
+  }
 }
 
 TEST_F(IniFile, WithoutAFreeDescriptorNothingIsOpened) {

@@ -33,6 +33,9 @@ std::vector<std::string> next_reads;
 
 bool fstat_fails = false;
 
+// Of the descriptor that was read last.
+int last_flags = 0;
+
 ssize_t GiveNextRead(void* place, std::size_t size) {
   const std::string text = next_reads.front();
   next_reads.erase(next_reads.begin());
@@ -48,6 +51,7 @@ ssize_t GiveNextRead(void* place, std::size_t size) {
 }  // namespace korvan::test
 
 ssize_t read(int descriptor, void* place, std::size_t size) {
+  korvan::test::last_flags = fcntl(descriptor, F_GETFD);
   return korvan::test::next_reads.empty()
              ? syscall(SYS_read, descriptor, place, size)
              : korvan::test::GiveNextRead(place, size);
@@ -97,6 +101,12 @@ TEST(IniReadError, AFileWhoseSizeIsNotToldIsReadToItsEnd) {
   EXPECT_TRUE(file.Load(path));
   fstat_fails = false;
   EXPECT_EQ(ContentOf(file), ContentOf(plain));
+}
+
+TEST(IniReadError, AProgramThatIsStartedMeanwhileIsNotGivenTheFile) {
+  File file;
+  EXPECT_TRUE(file.Load(kFile));
+  EXPECT_EQ(last_flags & FD_CLOEXEC, FD_CLOEXEC);
 }
 
 // The files of libc++ read by other means, which this program does not replace.
