@@ -1,6 +1,8 @@
 // What it costs to load, edit, save and destroy INI documents, narrow and wide.
 
+#include <fcntl.h>
 #include <korvan/korvan.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -130,7 +132,7 @@ enum class Document { kEmpty, kLoaded };
 template <class File>
 struct Subject {
   Subject(const Text<File>& text, Document document)
-      : keys(text.keys), input(FromAscii<File>(text.ascii)) {
+      : keys(text.keys), ascii(text.ascii), input(FromAscii<File>(text.ascii)) {
     std::ofstream(kInputFile) << text.ascii;
     if (document == Document::kLoaded) {
       file->Load(input_file);
@@ -148,6 +150,7 @@ struct Subject {
   }
 
   const std::vector<Key<File>>& keys;
+  const std::string& ascii;
   std::unique_ptr<File> file = std::make_unique<File>();
   std::basic_istringstream<CharOf<File>> input;
   std::basic_ostringstream<CharOf<File>> output;
@@ -170,6 +173,24 @@ struct Operations {
   }
 
   static bool LoadFile(S& s) { return s.file->Load(s.input_file); }
+
+  // The whole text lies in the pipe before it is loaded.
+  static bool LoadPipe(S& s) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+      return false;
+    }
+    const bool is_written =
+        fcntl(ends[1], F_SETPIPE_SZ, static_cast<int>(s.ascii.size())) >= 0 &&
+        write(ends[1], s.ascii.data(), s.ascii.size()) ==
+            static_cast<ssize_t>(s.ascii.size());
+    close(ends[1]);
+    const bool is_loaded =
+        is_written &&
+        s.file->Load(FromAscii<File>("/dev/fd/" + std::to_string(ends[0])));
+    close(ends[0]);
+    return is_loaded;
+  }
 
   static bool GetValues(S& s) {
     for (const Key<File>& key : s.keys) {
@@ -264,6 +285,7 @@ void MeasureFile(const std::string& width) {
       {"load_file/1000_shuffled",          shuffled,    kEmpty,  Do::LoadFile,           1000},
       {"load_file/skipped_lines",          skipped,     kEmpty,  Do::LoadFile,           0},
       {"load_file/long_value",             long_value,  kEmpty,  Do::LoadFile,           1},
+      {"load_pipe/5000_in_one_section",    one_section, kEmpty,  Do::LoadPipe,           5000},
       {"merge_stream/5000_in_one_section", one_section, kLoaded, Do::MergeStream,        5000},
       {"get_values",                       shuffled,    kLoaded, Do::GetValues,          1000},
       {"set_values",                       shuffled,    kLoaded, Do::SetValues,          1000},

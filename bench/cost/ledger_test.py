@@ -105,6 +105,22 @@ class Comparison(unittest.TestCase):
     def test_takes_any_difference_in_the_libraries_called(self):
         compare({**KEPT, "find/hit": Cost(1000, 7000)})
 
+    def test_compares_the_libraries_called_when_asked(self):
+        def differences(called):
+            return ledger.differences(KEPT, {**KEPT, "find/hit":
+                                             Cost(1000, called)}, True)
+        self.assertEqual(differences(77), [])
+        self.assertEqual(differences(63), [])
+        self.assertEqual(differences(78), [
+            "find/hit called: expected 70, found 78 (+11.4 %)"])
+        self.assertEqual(differences(62), [
+            "find/hit called: expected 70, found 62 (-11.4 %)"])
+
+    def test_compares_a_first_call_of_a_library(self):
+        self.assertEqual(
+            ledger.differences({"find": Cost(9, 0)}, {"find": Cost(9, 5)}, True),
+            ["find called: expected 0, found 5"])
+
     def test_misses_an_operation(self):
         found = dict(KEPT)
         del found["load/16"]
