@@ -84,7 +84,7 @@ KORVAN = Project(
                                "ini_file_faults_test", "ini_placement_test",
                                "trim_test")),
                 "narrow_ini_numbers_test", "narrow_ini_refused_write_test",
-                "narrow_ini_read_error_test",
+                "narrow_ini_long_line_test", "narrow_ini_read_error_test",
                 "wide_ini_wide_reader_test", "wide_ini_broken_order_test",
                 "ini_twins_test", "ini_name_order_test",
                 "ini_encoding_test",

@@ -179,6 +179,17 @@ class Verdicts(OnSample):
         self.mutate("--file", HALVE)
         self.assertEqual(self.verdicts()[";",], ["killed", "plain: time limit"])
 
+    def test_command_that_goes_on_printing_is_not_killed(self):
+        worker = run.Worker(self.project, self.root / "build/mutation/worker1",
+                            threading.Event())
+        worker.configure()
+        round_ = self.project.rounds[0]
+        self.assertEqual(
+            worker._run(round_, ["sh", "-c", "for i in 1 2 3 4 5; do echo $i; "
+                                 "sleep 0.3; done"], limit=1), 0)
+        self.assertIsNone(
+            worker._run(round_, ["sh", "-c", "echo; sleep 9"], limit=1))
+
     def test_same_code_is_equivalent_and_a_proof_does_not_compile(self):
         self.must_end(0, self.mutate("--file", SAME))
         self.assertEqual(

@@ -13,11 +13,11 @@ import time
 # Of the memory and of a file of what a mutant runs, in bytes.
 MEMORY = 4 << 30
 FILE_SIZE = 1 << 30
-# In seconds. Tests may take so many times as long as without a mutant, but in
-# any case a little.
+# In seconds: how long a command may print nothing. Tests may be silent so many
+# times as long as without a mutant, but in any case a little.
 BUILD_LIMIT = 600
 BASELINE_LIMIT = 1800
-TEST_FACTOR = 10
+TEST_FACTOR = 6
 TEST_LEAST = 5
 
 # Where the programs stand that count instructions, and what compares them.
@@ -79,6 +79,7 @@ class Worker:
         self._originals = {}        # texts of the sources, by their paths
         self._changed = None        # the source that a mutant was put into
         self._limits = {}           # of the tests of each round
+        self._longest_silence = 0   # of the last command
         self._verdicts = {}         # by the bytes of the libraries
 
     def build_folder(self, round_):
@@ -102,11 +103,10 @@ class Worker:
             self._must_pass("built", round_,
                             self._build_command(round_, folder))
         for round_ in self._rounds(folder):
-            started = time.monotonic()
             self._must_pass("tested", round_,
                             self._test_command(round_, folder, "--update"))
-            self._limits[round_] = max(
-                TEST_LEAST, TEST_FACTOR * (time.monotonic() - started))
+            self._limits[round_] = max(TEST_LEAST,
+                                       TEST_FACTOR * self._longest_silence)
         self._verdicts = {self._digest(): (EQUIVALENT, "")}
 
     def judge(self, folder, mutant):
@@ -138,8 +138,9 @@ class Worker:
                 # The compiler may see a fault only there.
                 return KILLED, f"{round_.build}: {self._first_error()}"
             built.add(round_.build)
-            status = self._run(round_, self._test_command(round_, folder),
-                               self._limits[round_])
+            status = self._run(
+                round_, self._test_command(round_, folder, "--called"),
+                self._limits[round_])
             if status is None:
                 return KILLED, f"{round_.build}: time limit"
             if status != 0 and round_.counts_costs:
@@ -193,8 +194,8 @@ class Worker:
                             f":\n{self._output()[-3000:]}")
 
     def _run(self, round_, command, limit):
-        """The status of a command, None if it takes longer than `limit`. All
-        that it started is ended."""
+        """The status of a command, None if it prints nothing for longer than
+        `limit`. All that it started is ended."""
         shutil.rmtree(self._temporary, ignore_errors=True)
         self._temporary.mkdir()
         limits = [f"--fsize={FILE_SIZE}", "--core=0"]
@@ -205,16 +206,22 @@ class Worker:
                 ["prlimit", *limits, "--", *command], cwd=self.source,
                 env=self._environment, stdin=subprocess.DEVNULL, stdout=log,
                 stderr=subprocess.STDOUT, start_new_session=True)
-        end = time.monotonic() + limit
+        printed, since = 0, time.monotonic()
+        self._longest_silence = 0
         try:
             # The process is not reaped yet, so its group still is its own.
             has_ended = False
-            while not has_ended and time.monotonic() < end:
+            while not has_ended and time.monotonic() - since < limit:
                 if self._stop.is_set():
                     raise Stopped
                 time.sleep(0.01)
                 has_ended = os.waitid(os.P_PID, process.pid, os.WEXITED |
                                       os.WNOHANG | os.WNOWAIT) is not None
+                self._longest_silence = max(self._longest_silence,
+                                            time.monotonic() - since)
+                if self._log.stat().st_size != printed:
+                    printed = self._log.stat().st_size
+                    since = time.monotonic()
         finally:
             os.killpg(process.pid, signal.SIGKILL)
             process.wait()
