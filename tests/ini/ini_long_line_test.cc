@@ -99,6 +99,22 @@ TEST_F(IniLongLine, ItsLoadTakesLittleMoreMemoryThanItsValue) {
   EXPECT_EQ(file.GetKeyValue("Main", "[k").size(), kSize);
 }
 
+TEST_F(IniLongLine, ItsLoadTakesNoMemoryForTheLinesBeforeIt) {
+  constexpr std::size_t kSize = 4 * kMiB;
+  std::string comments(kSize, 'c');
+  for (std::size_t i = 99; i < kSize; i += 100) {
+    comments[i] = '\n';
+  }
+  WriteBytes(path,
+             "[Main]\n" + comments + "\n[k=" + std::string(kSize, 'v') + "\n");
+  File file;
+  {
+    const LimitedNew limited(kSize + kSize / 2);
+    EXPECT_TRUE(file.Load(path));
+  }
+  EXPECT_EQ(file.GetKeyValue("Main", "[k").size(), kSize);
+}
+
 TEST_F(IniLongLine, ItsKeyKeepsNoMemoryForTheRestOfTheFile) {
   WriteBytes(path, "[Main]\n[k=" + std::string(300 * kKiB, 'v') + "\n# " +
                        std::string(16 * kMiB, 'c') + "\n");
