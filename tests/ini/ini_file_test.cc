@@ -1,4 +1,5 @@
 // Loading from files and saving to files: names and faults.
+#include <fcntl.h>
 #include <korvan/ini_file.h>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -214,6 +215,32 @@ TEST_F(IniFile, FilesAreClosed) {
   const int after = dup(0);
   close(after);
   EXPECT_EQ(after, before);
+}
+
+TEST_F(IniFile, ALoadAndASaveLeaveTheThreadAsCancellableAsItWas) {
+  const std::string path = folder / "a.ini";
+  for (const int state : {PTHREAD_CANCEL_DISABLE, PTHREAD_CANCEL_ENABLE}) {
+    pthread_setcancelstate(state, nullptr);
+    EXPECT_TRUE(Save(path));
+    EXPECT_TRUE(Load(path));
+    int found = -1;
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &found);
+    EXPECT_EQ(found, state);
+  }
+}
+
+TEST_F(IniFile, AProcessWithoutStandardInputLoadsAndSaves) {
+  const std::string path = folder / "a.ini";
+  file.SetKeyValue("Main"_t, "[k"_t, "v"_t);
+  const int standard_input = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  // The files get its descriptor, 0.
+  EXPECT_TRUE(Save(path));
+  EXPECT_TRUE(Load(path));
+  EXPECT_EQ(ContentOf(file), "Main{[k=v}");
+  EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+  dup2(standard_input, STDIN_FILENO);
+  close(standard_input);
 }
 
 // AddressSanitizer takes the stack that a cancelled thread unwinds for one that
