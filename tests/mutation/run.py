@@ -19,6 +19,8 @@ BUILD_LIMIT = 600
 BASELINE_LIMIT = 1800
 TEST_FACTOR = 6
 TEST_LEAST = 5
+# A test that takes less runs before all that take more: most mutants fail it.
+QUICK = 0.5
 
 # Where the programs stand that count instructions, and what compares them.
 COSTS = pathlib.Path("bench", "cost")
@@ -80,6 +82,7 @@ class Worker:
         self._changed = None        # the source that a mutant was put into
         self._limits = {}           # of the tests of each round
         self._longest_silence = 0   # of the last command
+        self._quick = {}            # the names of each round's quick tests
         self._verdicts = {}         # by the bytes of the libraries
 
     def build_folder(self, round_):
@@ -107,6 +110,10 @@ class Worker:
                             self._test_command(round_, folder, "--update"))
             self._limits[round_] = max(TEST_LEAST,
                                        TEST_FACTOR * self._longest_silence)
+            self._quick[round_] = _alternatives(
+                name for name, seconds in re.findall(
+                    r"Test +#\d+: (\S+) \.+ +Passed +([0-9.]+) sec",
+                    self._output()) if float(seconds) < QUICK)
         self._verdicts = {self._digest(): (EQUIVALENT, "")}
 
     def judge(self, folder, mutant):
@@ -138,9 +145,10 @@ class Worker:
                 # The compiler may see a fault only there.
                 return KILLED, f"{round_.build}: {self._first_error()}"
             built.add(round_.build)
-            status = self._run(
-                round_, self._test_command(round_, folder, "--called"),
-                self._limits[round_])
+            status = 0
+            for command in self._commands_in_turn(round_, folder):
+                if status == 0:
+                    status = self._run(round_, command, self._limits[round_])
             if status is None:
                 return KILLED, f"{round_.build}: time limit"
             if status != 0 and round_.counts_costs:
@@ -157,8 +165,16 @@ class Worker:
         return ["cmake", "--build", self.build_folder(round_), "--parallel",
                 "1", "--target", *_programs(round_, folder)]
 
+    def _commands_in_turn(self, round_, folder):
+        command = self._test_command(round_, folder, "--called")
+        quick = self._quick[round_]
+        if round_.counts_costs or not quick:
+            return [command]
+        return [[*command[:-1], quick],
+                [*command, "-E", quick, "--no-tests=ignore"]]
+
     def _test_command(self, round_, folder, *options):
-        """`options` are for the ledger of costs."""
+        """`options` are for the ledger of costs. The names of tests end it."""
         if round_.counts_costs:
             programs = [self.build_folder(round_) / COSTS / name
                         for name in folder.costs]
@@ -245,6 +261,12 @@ class Worker:
     def _failed_test(self):
         match = re.search(r"tests FAILED:\n\s*\d+ - (\S+)", self._output())
         return match[1] if match else "the tests failed"
+
+
+def _alternatives(names):
+    """The pattern of just these names; empty if there are none."""
+    escaped = "|".join(map(re.escape, names))
+    return f"^({escaped})$" if escaped else ""
 
 
 def _programs(round_, folder):
