@@ -77,6 +77,21 @@ TEST_F(IniLongLine, ANameOfAnyLengthIsReadAsThePlainWay) {
   }
 }
 
+// The run is read ahead to its end, and much of the long line with it.
+TEST_F(IniLongLine, OneBehindKeysInNoOrderIsReadAsThePlainWay) {
+  std::string keys = "[Main]\n";
+  for (int key = 0; key < 10000; ++key) {
+    keys += "[k" + std::to_string(10000 + key * 7 % 10000) + "=v\n";
+  }
+  for (const std::size_t size : {64 * kKiB, 256 * kKiB, kMiB}) {
+    for (const char* const ending : {"", "\n", "\n[last=v\n"}) {
+      EXPECT_TRUE(IsReadAsThePlainWay(keys + "[long=" + std::string(size, 'v') +
+                                      ending))
+          << size;
+    }
+  }
+}
+
 TEST_F(IniLongLine, OneFromAPipeIsReadWhole) {
   const std::string pipe = folder / "pipe";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
