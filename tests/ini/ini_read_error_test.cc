@@ -13,6 +13,7 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ini/fortified_read.h"
@@ -24,6 +25,7 @@ namespace korvan::test {
 namespace {
 
 constexpr char kFails[] = "fails";
+constexpr char kIsForbidden[] = "is forbidden";
 constexpr char kIsInterrupted[] = "is interrupted";
 constexpr char kEnds[] = "";
 
@@ -39,9 +41,13 @@ int last_flags = 0;
 ssize_t GiveNextRead(void* place, std::size_t size) {
   const std::string text = next_reads.front();
   next_reads.erase(next_reads.begin());
-  if (text == kFails || text == kIsInterrupted) {
-    errno = text == kFails ? EIO : EINTR;
-    return -1;
+  for (const auto& [fault, error] : {std::pair(kFails, EIO),
+                                     {kIsForbidden, EPERM},
+                                     {kIsInterrupted, EINTR}}) {
+    if (text == fault) {
+      errno = error;
+      return -1;
+    }
   }
   std::memcpy(place, text.data(), std::min(size, text.size()));
   return static_cast<ssize_t>(std::min(size, text.size()));
@@ -140,7 +146,10 @@ TEST(IniReadError, WhatComesBehindTheEndIsForTheNextLoad) {
 #endif
 
 TEST(IniReadError, ALineThatAnErrorCutsIsDropped) {
-  EXPECT_EQ(Loaded({"[Main]\n[k=v\n[path=/usr/lo", kFails}), "Main{[k=v}");
+  for (const char* const fault : {kFails, kIsForbidden}) {
+    EXPECT_EQ(Loaded({"[Main]\n[k=v\n[path=/usr/lo", fault, "cal\n", kEnds}),
+              "Main{[k=v}");
+  }
 }
 
 TEST(IniReadError, AReadThatASignalInterruptsIsRepeated) {
