@@ -4,6 +4,7 @@
 #include <rapidcheck.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cstddef>
 #include <iterator>
@@ -186,6 +187,39 @@ TEST(IniKeyRun, ManyKeysInNoOrderAreEnteredAtOnceWithFewAllocationsMore) {
   // The list of the lines grows some times. Without a run there is none.
   EXPECT_GT(calls_in_no_order, calls_in_order);
   EXPECT_LE(calls_in_no_order, calls_in_order + 20);
+}
+
+std::size_t largest_block = 0;
+
+void NoteBlock() { largest_block = std::max(largest_block, LastNewSize()); }
+
+TEST(IniKeyRun, ShortLinesAskForNoBlockOfOverFourTimesTheirText) {
+  // Names of three letters, each once.
+  constexpr int kLetters = 26;
+  constexpr int kNames = kLetters * kLetters * kLetters;
+  std::string lines = "[Main]\n";
+  for (int i = 0; i < 12000; ++i) {
+    int name = i * 7919 % kNames;
+    lines += '[';
+    for (int letter = 0; letter < 3; ++letter) {
+      lines += static_cast<char>('a' + name % kLetters);
+      name /= kLetters;
+    }
+    lines += "=\n";
+  }
+  const String text = Text(lines);
+  File file;
+  for (const bool keys_are_there : {false, true}) {
+    SCOPED_TRACE(keys_are_there);
+    StringInput input(text);
+    largest_block = 0;
+    {
+      const PausingNew noting(NoteBlock);
+      file.Load(input, true);
+    }
+    EXPECT_LE(largest_block, 4 * text.size() * sizeof(Char) + (64 << 10));
+    EXPECT_GT(largest_block, std::size_t{64} << 10);
+  }
 }
 
 // With a tie, a load reads one line after another.
