@@ -197,7 +197,7 @@ TEST(IniKeyRun, ShortLinesAskForNoBlockOfOverFourTimesTheirText) {
   // Names of three letters, each once.
   constexpr int kLetters = 26;
   constexpr int kNames = kLetters * kLetters * kLetters;
-  std::string lines = "[Main]\n";
+  std::string lines;
   for (int i = 0; i < 12000; ++i) {
     int name = i * 7919 % kNames;
     lines += '[';
@@ -207,7 +207,7 @@ TEST(IniKeyRun, ShortLinesAskForNoBlockOfOverFourTimesTheirText) {
     }
     lines += "=\n";
   }
-  const String text = Text(lines);
+  const String text = Text("[Main]\n" + lines);
   File file;
   for (const bool keys_are_there : {false, true}) {
     SCOPED_TRACE(keys_are_there);
@@ -217,8 +217,13 @@ TEST(IniKeyRun, ShortLinesAskForNoBlockOfOverFourTimesTheirText) {
       const PausingNew noting(NoteBlock);
       file.Load(input, true);
     }
-    EXPECT_LE(largest_block, 4 * text.size() * sizeof(Char) + (64 << 10));
-    EXPECT_GT(largest_block, std::size_t{64} << 10);
+    const std::size_t most = 4 * lines.size() * sizeof(Char) + (64 << 10);
+    EXPECT_LE(largest_block, most);
+    // Fewer lines would be sorted at once. Of wide text the list of all is
+    // shorter.
+    if (sizeof(Char) == 1 && keys_are_there) {
+      EXPECT_GT(largest_block, most - 100);
+    }
   }
 }
 
