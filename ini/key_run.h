@@ -127,8 +127,8 @@ class KeyRun {
   bool Add(const Line<Char>& line) {
     const View name = WithoutTrailing(IsBlank<Char>,
                                       WithoutLeading(IsBlank<Char>, line.name));
-    if (!IsOrdered(name) || name.find(Char{}) != View::npos ||
-        line.name.size() > UINT32_MAX || line.value.size() > UINT32_MAX) {
+    if (!IsOrdered(name) || line.name.size() > UINT32_MAX ||
+        line.value.size() > UINT32_MAX) {
       return false;
     }
     if (lines_.empty()) {

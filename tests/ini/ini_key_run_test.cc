@@ -39,6 +39,8 @@ class RandomTexts {
   // A section and some lines, most of them keys, so that runs are long.
   String Next() {
     String text = "[Main]\n"_t;
+    // Two names are one if they differ behind a NUL only.
+    has_nuls_ = Below(4) == 0;
     const std::size_t lines = Below(120);
     for (std::size_t i = 0; i < lines; ++i) {
       text += AnyLine();
@@ -56,10 +58,8 @@ class RandomTexts {
       case 0:
         return "# skipped\n"_t;
       case 1:
-        return "[a\0b=v\n"_t;
-      case 2:
         return "[Main]\n"_t;
-      case 3:
+      case 2:
         return "[Other]\n"_t;
       default:
         return "["_t + AnyName() + "="_t + AnyName() + "\n"_t;
@@ -79,12 +79,14 @@ class RandomTexts {
                                         "a beginning that is not inline "_t};
     String name = beginnings[Below(std::size(beginnings))];
     for (std::size_t length = Below(6); length != 0; --length) {
-      name += characters[Below(characters.size())];
+      name += has_nuls_ && Below(4) == 0 ? Char{}
+                                         : characters[Below(characters.size())];
     }
     return name;
   }
 
   std::mt19937 random_;
+  bool has_nuls_ = false;
 };
 
 template <class AnyFile>
