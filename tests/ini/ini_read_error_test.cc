@@ -110,6 +110,7 @@ TEST(IniReadError, AFileWhoseSizeIsNotToldIsReadToItsEnd) {
 }
 
 TEST(IniReadError, AProgramThatIsStartedMeanwhileIsNotGivenTheFile) {
+  last_flags = 0;
   File file;
   EXPECT_TRUE(file.Load(kFile));
   EXPECT_EQ(last_flags & FD_CLOEXEC, FD_CLOEXEC);
