@@ -190,6 +190,20 @@ class Verdicts(OnSample):
         self.assertIsNone(
             worker._run(round_, ["sh", "-c", "echo; sleep 9"], limit=1))
 
+    def test_each_test_runs_among_the_quick_or_the_slow_ones(self):
+        worker = run.Worker(self.project, self.root / "build/mutation/worker1",
+                            threading.Event())
+        worker.configure()
+        round_ = self.project.rounds[0]
+        for quick, is_quick in (("^calc_test$", True), ("^another$", False)):
+            worker._quick[round_] = quick
+            listed = []
+            for command in worker._commands_in_turn(
+                    round_, self.project.folders["calc"]):
+                worker._run(round_, [*command, "--show-only"], limit=60)
+                listed.append("calc_test" in worker._output())
+            self.assertEqual(listed, [is_quick, not is_quick])
+
     def test_same_code_is_equivalent_and_a_proof_does_not_compile(self):
         self.must_end(0, self.mutate("--file", SAME))
         self.assertEqual(
