@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "ini/hostile_buffers.h"
+#include "ini/key_lines.h"
 #include "ini/shown.h"
 #include "ini/width.h"
 #include "support/failing_new.h"
@@ -118,20 +119,10 @@ TEST(IniKeyRun, AnyKeysInAnyOrderAreEnteredAsThePlainWayEntersThem) {
   }
 }
 
-// Key lines of numbers in no order.
-std::string Lines(int count, const std::string& value) {
-  std::string lines;
-  for (int i = 0; i < count; ++i) {
-    // 7 has no divisor in common with the counts that are used here.
-    lines += "[k" + std::to_string(1000 + i * 7 % count) + "=" + value + "\n";
-  }
-  return lines;
-}
-
 TEST(IniKeyRun, OverAMillionKeysInNoOrderAreAllEntered) {
   constexpr int kCount = (1 << 20) + 100;
   // Behind "[z", no line of the others comes last.
-  StringInput input(Text("[Main]\n[z=v\n" + Lines(kCount, "v")));
+  StringInput input(Text("[Main]\n[z=v\n" + KeyLines(kCount, "v")));
   File file;
   file.Load(input);
   const auto& keys = file.GetSection("Main"_t)->GetKeys();
@@ -148,7 +139,7 @@ TEST(IniKeyRun, KeysThatAreThereKeepTheirObjectsAndNames) {
   for (int i = 0; i < 50; ++i) {
     keys.push_back(section->AddKey(Text("[K" + std::to_string(1000 + i))));
   }
-  StringInput input(Text("[Main]\n" + Lines(100, "v")));
+  StringInput input(Text("[Main]\n" + KeyLines(100, "v")));
   file.Load(input, true);
   EXPECT_EQ(section->GetKeys().size(), 100u);
   for (int i = 0; i < 50; ++i) {
@@ -162,7 +153,7 @@ TEST(IniKeyRun, KeysThatAreThereKeepTheirObjectsAndNames) {
 
 TEST(IniKeyRun, NewKeysBelongToTheirSection) {
   File file;
-  StringInput input(Text("[Main]\n" + Lines(100, "v")));
+  StringInput input(Text("[Main]\n" + KeyLines(100, "v")));
   file.Load(input);
   Section* const section = file.GetSection("Main"_t);
   // A key is renamed in the map of the section that it belongs to.
@@ -185,7 +176,7 @@ TEST(IniKeyRun, ManyKeysInNoOrderAreEnteredAtOnceWithFewAllocationsMore) {
     in_order += "[k" + std::to_string(1000 + i) + "=v\n";
   }
   const long calls_in_order = calls_to_load(in_order);
-  const long calls_in_no_order = calls_to_load(Lines(1000, "v"));
+  const long calls_in_no_order = calls_to_load(KeyLines(1000, "v"));
   // The list of the lines grows some times. Without a run there is none.
   EXPECT_GT(calls_in_no_order, calls_in_order);
   EXPECT_LE(calls_in_no_order, calls_in_order + 20);
@@ -231,7 +222,7 @@ TEST(IniKeyRun, ShortLinesAskForNoBlockOfOverFourTimesTheirText) {
 
 // With a tie, a load reads one line after another.
 std::size_t KeysLoadedWith(long bytes, bool one_by_one) {
-  StringInput input(Text("[Main]\n" + Lines(1000, "v")));
+  StringInput input(Text("[Main]\n" + KeyLines(1000, "v")));
   StringOutput tied;
   if (one_by_one) {
     input.tie(&tied);
@@ -254,7 +245,9 @@ TEST(IniKeyRun, LittleMemoryHoldsNoFewerKeysThanOneByOne) {
 }
 
 // Longer than the blocks in which files are read.
-std::string ALongText() { return "[Main]\n" + Lines(5001, "a value") + "[l"; }
+std::string ALongText() {
+  return "[Main]\n" + KeyLines(5001, "a value") + "[l";
+}
 
 std::string ContentOfPlain(const std::string& text) {
   StringInput input(Text(text));
@@ -313,10 +306,10 @@ TEST(IniKeyRun, ADocumentWhoseLocaleChangedLosesNothingAndLeaksNothing) {
     File file;
     {
       const CLocale locale("tr_TR.UTF-8");
-      StringInput input(Text("[Main]\n[i=1\n[I=2\n[j=3\n" + Lines(40, "v")));
+      StringInput input(Text("[Main]\n[i=1\n[I=2\n[j=3\n" + KeyLines(40, "v")));
       file.Load(input);
     }
-    StringInput input(Text("[Main]\n" + Lines(100, "w") + "[I=4\n"));
+    StringInput input(Text("[Main]\n" + KeyLines(100, "w") + "[I=4\n"));
     file.Load(input, true);
     // AddressSanitizer's strcasecmp takes "[i" and "[I" for one in any locale.
     EXPECT_GE(file.GetSection("Main"_t)->GetKeys().size(), 102u);

@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "ini/key_lines.h"
 #include "ini/shown.h"
 #include "ini/width.h"
 #include "support/fail_each_allocation.h"
@@ -79,10 +80,7 @@ TEST_F(IniLongLine, ANameOfAnyLengthIsReadAsThePlainWay) {
 
 // The run is read ahead to its end, and much of the long line with it.
 TEST_F(IniLongLine, OneBehindKeysInNoOrderIsReadAsThePlainWay) {
-  std::string keys = "[Main]\n";
-  for (int key = 0; key < 10000; ++key) {
-    keys += "[k" + std::to_string(10000 + key * 7 % 10000) + "=v\n";
-  }
+  const std::string keys = "[Main]\n" + KeyLines(10000, "v");
   for (const std::size_t size : {64 * kKiB, 256 * kKiB, kMiB}) {
     for (const char* const ending : {"", "\n", "\n[last=v\n"}) {
       EXPECT_TRUE(IsReadAsThePlainWay(keys + "[long=" + std::string(size, 'v') +

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "ini/fortified_read.h"
+#include "ini/key_lines.h"
 #include "ini/shown.h"
 #include "ini/width.h"
 #include "support/folder.h"
@@ -86,13 +87,7 @@ std::string Loaded(const std::vector<std::string>& reads) {
 }
 
 // Enough keys in no order to be entered at once, and to be read ahead for.
-std::string ARun() {
-  std::string lines = "[Main]\n";
-  for (int i = 0; i < 40; ++i) {
-    lines += "[k" + std::to_string(10 + i * 7 % 40) + "=v\n";
-  }
-  return lines;
-}
+std::string ARun() { return "[Main]\n" + KeyLines(40, "v"); }
 
 TEST(IniReadError, AFileWhoseSizeIsNotToldIsReadToItsEnd) {
   const Folder folder;
