@@ -214,16 +214,18 @@ class Verdicts(OnSample):
         self.assertEqual(verdict, "not compiled")
         self.assertIn("static assertion failed", by)
 
-    def test_mutant_that_only_costs_is_killed_by_its_cost(self):
-        # A ledger that counts the characters of the source.
-        self.write("bench/cost/ledger.py", """
+    def count_costs(self, difference):
+        """Adds a round with a ledger that counts the characters of the source,
+        and ends with `difference` if they are not as many as without a
+        mutant."""
+        self.write("bench/cost/ledger.py", f"""
 import pathlib, sys
 kept = pathlib.Path(sys.argv[-3])
 count = str(len(pathlib.Path("calc/calc.cc").read_text()))
 if sys.argv[1] == "--update":
     kept.write_text(count)
 elif kept.read_text() != count:
-    sys.exit("operation: expected " + kept.read_text() + ", found " + count)
+    sys.exit({difference!r})
 """)
         folder = dataclasses.replace(self.project.folders["calc"],
                                      costs=("calc_test",))
@@ -231,12 +233,20 @@ elif kept.read_text() != count:
         self.project = dataclasses.replace(
             self.project, folders={"calc": folder},
             rounds=(*self.project.rounds, costs))
+
+    def test_mutant_that_only_costs_is_killed_by_its_cost(self):
+        self.count_costs("1 counted\noperation: expected 3, found 4\n1 of 2")
         self.mutate("--file", LIMIT)
-        verdict, by = self.verdicts()[NINE.new]
-        self.assertEqual(verdict, "killed")
-        self.assertRegex(by, r"^cost: operation: expected \d+, found \d+$")
+        self.assertEqual(self.verdicts()[NINE.new],
+                         ["killed", "cost: operation: expected 3, found 4"])
         self.assertEqual(self.verdicts()[ELEVEN.new],
                          ["killed", "thorough: calc_test"])
+
+    def test_mutant_that_ends_what_counts_is_killed_by_its_cost(self):
+        self.count_costs("calc_test failed:\nProcess terminating")
+        self.mutate("--file", LIMIT)
+        self.assertEqual(self.verdicts()[NINE.new],
+                         ["killed", "cost: calc_test failed:"])
 
     def test_share_of_the_accepted_mutants_is_told(self):
         self.accept(MINUS)
