@@ -24,8 +24,13 @@ template <class File>
 using CharOf = typename StringOf<File>::value_type;
 
 template <class File>
-StringOf<File> FromAscii(const std::string& ascii) {
-  return StringOf<File>(ascii.begin(), ascii.end());
+StringOf<File> FromLatin1(const std::string& text) {
+  StringOf<File> converted;
+  for (const char character : text) {
+    converted +=
+        static_cast<CharOf<File>>(static_cast<unsigned char>(character));
+  }
+  return converted;
 }
 
 template <class File>
@@ -37,17 +42,20 @@ struct Key {
 // A text, and the keys that it holds in its order.
 template <class File>
 struct Text {
-  std::string ascii;
+  std::string latin1;
   std::vector<Key<File>> keys;
 
-  void AddHeader(const std::string& section) { ascii += "[" + section + "]\n"; }
+  void AddHeader(const std::string& section) {
+    latin1 += "[" + section + "]\n";
+  }
 
   // The reader takes only names that begin with a bracket.
   void AddKey(const std::string& section, const std::string& name,
               const std::string& value) {
-    ascii += "[" + name + "=" + value + "\n";
-    keys.push_back({FromAscii<File>(section), FromAscii<File>("[" + name),
-                    FromAscii<File>(value), FromAscii<File>("[Other" + name)});
+    latin1 += "[" + name + "=" + value + "\n";
+    keys.push_back({FromLatin1<File>(section), FromLatin1<File>("[" + name),
+                    FromLatin1<File>(value),
+                    FromLatin1<File>("[Other" + name)});
   }
 };
 
@@ -89,8 +97,8 @@ template <class File>
 Text<File> SkippedText(std::size_t lines) {
   Text<File> text;
   for (std::size_t line = 0; line < lines; ++line) {
-    text.ascii += Numbered(line % 2 == 0 ? "# setting" : "setting", line) +
-                  " = " + std::string(line % 60, 'v') + "\n";
+    text.latin1 += Numbered(line % 2 == 0 ? "# setting" : "setting", line) +
+                   " = " + std::string(line % 60, 'v') + "\n";
   }
   return text;
 }
@@ -122,6 +130,32 @@ Text<File> ShortRunsText() {
   return text;
 }
 
+// Keys in no order, whose names differ in the last of the characters that
+// decide most comparisons, and behind it: nine of digits, eight of any Latin
+// ones.
+template <class File>
+Text<File> LateDifferencesText() {
+  constexpr std::size_t kNames = 100;
+  Text<File> text;
+  text.AddHeader("Digits");
+  for (std::size_t i = 0; i < kNames; ++i) {
+    const std::size_t key = i * 7 % kNames;
+    text.AddKey("Digits",
+                std::to_string(key % 2) + "0000000" +
+                    std::to_string(100 + key).substr(1),
+                "v");
+  }
+  text.AddHeader("Latin");
+  for (std::size_t i = 0; i < kNames; ++i) {
+    const std::size_t key = i * 7 % kNames;
+    text.AddKey("Latin",
+                std::string(key % 2 == 0 ? "\xC0" : "\xC1") + "000000" +
+                    static_cast<char>(0x80 + key),
+                "v");
+  }
+  return text;
+}
+
 // The files stand in the current folder, so that their names have the same
 // length wherever that is.
 constexpr const char* kInputFile = "input.ini";
@@ -133,8 +167,10 @@ enum class Document { kEmpty, kLoaded };
 template <class File>
 struct Subject {
   Subject(const Text<File>& text, Document document)
-      : keys(text.keys), ascii(text.ascii), input(FromAscii<File>(text.ascii)) {
-    std::ofstream(kInputFile) << text.ascii;
+      : keys(text.keys),
+        latin1(text.latin1),
+        input(FromLatin1<File>(text.latin1)) {
+    std::ofstream(kInputFile) << text.latin1;
     if (document == Document::kLoaded) {
       file->Load(input_file);
     }
@@ -151,12 +187,12 @@ struct Subject {
   }
 
   const std::vector<Key<File>>& keys;
-  const std::string& ascii;
+  const std::string& latin1;
   std::unique_ptr<File> file = std::make_unique<File>();
   std::basic_istringstream<CharOf<File>> input;
   std::basic_ostringstream<CharOf<File>> output;
-  StringOf<File> input_file = FromAscii<File>(kInputFile);
-  StringOf<File> output_file = FromAscii<File>(kOutputFile);
+  StringOf<File> input_file = FromLatin1<File>(kInputFile);
+  StringOf<File> output_file = FromLatin1<File>(kOutputFile);
 };
 
 template <class File>
@@ -182,13 +218,13 @@ struct Operations {
       return false;
     }
     const bool is_written =
-        fcntl(ends[1], F_SETPIPE_SZ, static_cast<int>(s.ascii.size())) >= 0 &&
-        write(ends[1], s.ascii.data(), s.ascii.size()) ==
-            static_cast<ssize_t>(s.ascii.size());
+        fcntl(ends[1], F_SETPIPE_SZ, static_cast<int>(s.latin1.size())) >= 0 &&
+        write(ends[1], s.latin1.data(), s.latin1.size()) ==
+            static_cast<ssize_t>(s.latin1.size());
     close(ends[1]);
     const bool is_loaded =
         is_written &&
-        s.file->Load(FromAscii<File>("/dev/fd/" + std::to_string(ends[0])));
+        s.file->Load(FromLatin1<File>("/dev/fd/" + std::to_string(ends[0])));
     close(ends[0]);
     return is_loaded;
   }
@@ -260,6 +296,7 @@ void MeasureFile(const std::string& width) {
   const auto shuffled = KeysText<File>(1000, 50, Order::kShuffled);
   const auto one_section = KeysText<File>(5000, 1, Order::kShuffled);
   const auto short_runs = ShortRunsText<File>();
+  const auto late = LateDifferencesText<File>();
   const auto skipped = SkippedText<File>(1000);
   const auto long_value = LongValueText<File>(100000);
   constexpr auto kEmpty = Document::kEmpty;
@@ -280,6 +317,7 @@ void MeasureFile(const std::string& width) {
       {"load_stream/1000_shuffled",        shuffled,    kEmpty,  Do::LoadStream,         1000},
       {"load_stream/5000_in_one_section",  one_section, kEmpty,  Do::LoadStream,         5000},
       {"load_stream/short_runs",           short_runs,  kEmpty,  Do::LoadStream,         116},
+      {"load_stream/late_differences",     late,        kEmpty,  Do::LoadStream,         200},
       {"load_stream/skipped_lines",        skipped,     kEmpty,  Do::LoadStream,         0},
       {"load_file/16_sorted",              few,         kEmpty,  Do::LoadFile,           16},
       {"load_file/1000_sorted",            sorted,      kEmpty,  Do::LoadFile,           1000},
