@@ -162,24 +162,78 @@ TEST(IniKeyRun, NewKeysBelongToTheirSection) {
   EXPECT_EQ(section->GetKeys().size(), 100u);
 }
 
-TEST(IniKeyRun, ManyKeysInNoOrderAreEnteredAtOnceWithFewAllocationsMore) {
-  const auto calls_to_load = [](const std::string& lines) {
-    StringInput input(Text("[Main]\n" + lines));
-    File file;
-    const long calls = NewCalls();
-    file.Load(input);
-    EXPECT_EQ(file.GetSections().begin()->second->GetKeys().size(), 1000u);
-    return NewCalls() - calls;
-  };
-  std::string in_order;
-  for (int i = 0; i < 1000; ++i) {
-    in_order += "[k" + std::to_string(1000 + i) + "=v\n";
+constexpr int kFractions = 729;
+
+// The line of a key whose name has the digits of a number, a fraction to the
+// base of 3, written as 0 and the two highest of some characters. They have the
+// order of their numbers, and most differ in length.
+String LineOfFraction(int numerator, unsigned int highest) {
+  String name = "["_t;
+  for (int power = kFractions / 3; numerator != 0; power /= 3) {
+    const int digit = numerator / power;
+    name += static_cast<Char>(digit == 0 ? '0' : highest - 2 + digit);
+    numerator %= power;
   }
-  const long calls_in_order = calls_to_load(in_order);
-  const long calls_in_no_order = calls_to_load(KeyLines(1000, "v"));
-  // The list of the lines grows some times. Without a run there is none.
-  EXPECT_GT(calls_in_no_order, calls_in_order);
-  EXPECT_LE(calls_in_no_order, calls_in_order + 20);
+  return name + "=v\n"_t;
+}
+
+long CallsToLoad(const String& lines) {
+  StringInput input("[Main]\n"_t + lines);
+  File file;
+  const long calls = NewCalls();
+  file.Load(input);
+  const long calls_to_load = NewCalls() - calls;
+  EXPECT_EQ(file.GetSection("Main"_t)->GetKeys().size(),
+            std::size_t{kFractions});
+  return calls_to_load;
+}
+
+TEST(IniKeyRun, KeysInNoOrderAreEnteredAtOnceWithFewAllocationsMore) {
+  for (const unsigned int highest :
+       {0x39u, 0x7Au, 0xFFu, 0x1FFFu, 0xFFFFu, 0x10FFFFu, 0x7FFFFFFFu}) {
+    if (sizeof(Char) == 1 && highest > 0xFF) {
+      break;
+    }
+    String in_order;
+    String in_no_order;
+    for (int i = 0; i < kFractions; ++i) {
+      in_order += LineOfFraction(i, highest);
+      in_no_order += LineOfFraction(i * 7 % kFractions, highest);
+    }
+    const long calls_in_order = CallsToLoad(in_order);
+    const long calls_in_no_order = CallsToLoad(in_no_order);
+    // The list of the lines grows some times. Without a run there is none.
+    EXPECT_GT(calls_in_no_order, calls_in_order) << highest;
+    EXPECT_LE(calls_in_no_order, calls_in_order + 20) << highest;
+  }
+}
+
+// What a load of 50 keys into a section allocates. They are there already, and
+// so is one more, whose name is so long that the names of all have
+// `characters`.
+long CallsToLoadAmong(std::size_t characters, const String& text) {
+  File file;
+  Section* const section = file.AddSection("Main"_t);
+  for (int i = 0; i < 50; ++i) {
+    const String name = Text("[k" + std::to_string(1000 + i));
+    section->AddKey(name);
+    characters -= name.size();
+  }
+  section->AddKey(String(characters, static_cast<Char>('z')));
+  StringInput input(text);
+  const long calls = NewCalls();
+  file.Load(input, true);
+  return NewCalls() - calls;
+}
+
+// Entered at once, lines need a list of their values.
+TEST(IniKeyRun, NamesOfUpToSixteenTimesTheTextAreLookedThroughForIt) {
+  const std::string lines = KeyLines(50, "v");
+  const String text = Text("[Main]\n" + lines);
+  const std::size_t most = 16 * lines.size() - 51;  // each name counts one more
+  const long calls_one_by_one = CallsToLoadAmong(10 * most, text);
+  EXPECT_GT(CallsToLoadAmong(most, text), calls_one_by_one);
+  EXPECT_EQ(CallsToLoadAmong(most + 1, text), calls_one_by_one);
 }
 
 std::size_t largest_block = 0;
