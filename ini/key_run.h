@@ -201,7 +201,7 @@ class KeyRun {
   // names are not in the order of the map after all.
   bool Build() {
     auto place = keys_.begin();
-    const String* changed = nullptr;
+    auto changed = keys_.end();
     for (auto line = lines_.begin(); line != lines_.end(); ++line) {
       // The text of a large run is in no cache. It comes in while the lines
       // before are entered.
@@ -218,13 +218,13 @@ class KeyRun {
       if (place != keys_.end()) {
         const auto [first, is_there] = FirstNotBefore(place, name);
         place = first;
-        if (place != keys_.end() && &place->first == changed) {
+        if (place != keys_.end() && place == changed) {
           return false;
         }
         if (is_there) {
           MakeRoom(new_values_, lines_.size());
           new_values_.push_back({place->second, String(line->Value())});
-          changed = &place->first;
+          changed = place;
           continue;
         }
       }

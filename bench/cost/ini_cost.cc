@@ -130,6 +130,26 @@ Text<File> ShortRunsText() {
   return text;
 }
 
+// Keys in order, then some of them again in no order, so far apart that the
+// next one is just found by steps, or just not.
+template <class File>
+Text<File> SparseRunsText() {
+  constexpr std::size_t kNames = 20;
+  Text<File> text;
+  text.AddHeader("Section");
+  for (std::size_t key = 0; key < 8 * kNames; ++key) {
+    text.AddKey("Section", Numbered("Key", key), "v");
+  }
+  for (std::size_t run = 0; run < 10; ++run) {
+    text.AddHeader("Section");
+    for (std::size_t i = 0; i < kNames; ++i) {
+      const std::size_t key = (7 + run % 2) * (i * 7 % kNames);
+      text.AddKey("Section", Numbered("Key", key), "w");
+    }
+  }
+  return text;
+}
+
 // Keys in no order, whose names differ in the last of the characters that
 // decide most comparisons, and behind it: nine of digits, eight of any Latin
 // ones.
@@ -296,6 +316,7 @@ void MeasureFile(const std::string& width) {
   const auto shuffled = KeysText<File>(1000, 50, Order::kShuffled);
   const auto one_section = KeysText<File>(5000, 1, Order::kShuffled);
   const auto short_runs = ShortRunsText<File>();
+  const auto sparse_runs = SparseRunsText<File>();
   const auto late = LateDifferencesText<File>();
   const auto skipped = SkippedText<File>(1000);
   const auto long_value = LongValueText<File>(100000);
@@ -317,6 +338,7 @@ void MeasureFile(const std::string& width) {
       {"load_stream/1000_shuffled",        shuffled,    kEmpty,  Do::LoadStream,         1000},
       {"load_stream/5000_in_one_section",  one_section, kEmpty,  Do::LoadStream,         5000},
       {"load_stream/short_runs",           short_runs,  kEmpty,  Do::LoadStream,         116},
+      {"load_stream/sparse_runs",          sparse_runs, kEmpty,  Do::LoadStream,         160},
       {"load_stream/late_differences",     late,        kEmpty,  Do::LoadStream,         200},
       {"load_stream/skipped_lines",        skipped,     kEmpty,  Do::LoadStream,         0},
       {"load_file/16_sorted",              few,         kEmpty,  Do::LoadFile,           16},
