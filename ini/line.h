@@ -70,7 +70,7 @@ template <class Char>
 constexpr bool HoldsNameAndMore(std::basic_string_view<Char> piece) {
   const std::size_t equals = piece.find('=');
   return WithoutLeading(IsBlank<Char>, piece).starts_with(kLineOpening) &&
-         equals != piece.npos && equals + 1 < piece.size();
+         equals != piece.npos && !piece.substr(equals + 1).empty();
 }
 
 // The kinds of lines.

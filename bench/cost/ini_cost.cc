@@ -130,6 +130,16 @@ Text<File> ShortRunsText() {
   return text;
 }
 
+// Headers of few sections, in no order, again and again.
+template <class File>
+Text<File> RepeatedHeadersText() {
+  Text<File> text;
+  for (std::size_t header = 0; header < 500; ++header) {
+    text.AddHeader(Numbered("Section", header * 7 % 10));
+  }
+  return text;
+}
+
 // Keys in order, then some of them again in no order, so far apart that the
 // next one is just found by steps, or just not.
 template <class File>
@@ -316,6 +326,7 @@ void MeasureFile(const std::string& width) {
   const auto shuffled = KeysText<File>(1000, 50, Order::kShuffled);
   const auto one_section = KeysText<File>(5000, 1, Order::kShuffled);
   const auto short_runs = ShortRunsText<File>();
+  const auto headers = RepeatedHeadersText<File>();
   const auto sparse_runs = SparseRunsText<File>();
   const auto late = LateDifferencesText<File>();
   const auto skipped = SkippedText<File>(1000);
@@ -338,6 +349,7 @@ void MeasureFile(const std::string& width) {
       {"load_stream/1000_shuffled",        shuffled,    kEmpty,  Do::LoadStream,         1000},
       {"load_stream/5000_in_one_section",  one_section, kEmpty,  Do::LoadStream,         5000},
       {"load_stream/short_runs",           short_runs,  kEmpty,  Do::LoadStream,         116},
+      {"load_stream/repeated_headers",     headers,     kEmpty,  Do::LoadStream,         0},
       {"load_stream/sparse_runs",          sparse_runs, kEmpty,  Do::LoadStream,         160},
       {"load_stream/late_differences",     late,        kEmpty,  Do::LoadStream,         200},
       {"load_stream/skipped_lines",        skipped,     kEmpty,  Do::LoadStream,         0},
