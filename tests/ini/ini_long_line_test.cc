@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cstddef>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -136,6 +137,34 @@ TEST_F(IniLongLine, ItsKeyKeepsNoMemoryForTheRestOfTheFile) {
   const LimitedNew limited(kAll);
   EXPECT_TRUE(file.Load(path));
   EXPECT_LT(kAll - limited.Left(), static_cast<long>(310 * kKiB));
+}
+
+std::size_t awaited_size = 0;
+bool is_asked_for = false;
+
+void LookForAwaitedSize() {
+  is_asked_for = is_asked_for || LastNewSize() == awaited_size;
+}
+
+// Whether a load takes a block of that size.
+bool LoadTakesBlockOf(std::size_t size, const std::string& path) {
+  awaited_size = size;
+  is_asked_for = false;
+  File file;
+  const PausingNew looking(LookForAwaitedSize);
+  EXPECT_TRUE(file.Load(path));
+  return is_asked_for;
+}
+
+TEST_F(IniLongLine, UpTo256KiBOfItAreReadAhead) {
+  WriteBytes(path, "[Main]\n[k=" + std::string(600 * kKiB, 'v') + "\n");
+  EXPECT_TRUE(LoadTakesBlockOf(256 * kKiB, path));
+}
+
+TEST_F(IniLongLine, ItsEndIsSoughtIn64MiBBehindKeysInNoOrder) {
+  WriteBytes(path, "[Main]\n" + KeyLines(50, "v"));
+  std::filesystem::resize_file(path, 65 * kMiB);  // takes no disk
+  EXPECT_TRUE(LoadTakesBlockOf(64 * kMiB, path));
 }
 
 // The name, the value and the objects are needed; all else only helps.
