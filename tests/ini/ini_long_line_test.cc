@@ -139,32 +139,41 @@ TEST_F(IniLongLine, ItsKeyKeepsNoMemoryForTheRestOfTheFile) {
   EXPECT_LT(kAll - limited.Left(), static_cast<long>(310 * kKiB));
 }
 
-std::size_t awaited_size = 0;
-bool is_asked_for = false;
+std::size_t limit = 0;
+std::size_t first_above_limit = 0;
 
-void LookForAwaitedSize() {
-  is_asked_for = is_asked_for || LastNewSize() == awaited_size;
+void LookForFirstAboveLimit() {
+  if (first_above_limit == 0 && LastNewSize() > limit) {
+    first_above_limit = LastNewSize();
+  }
 }
 
-// Whether a load takes a block of that size.
-bool LoadTakesBlockOf(std::size_t size, const std::string& path) {
-  awaited_size = size;
-  is_asked_for = false;
+// The size of the first block of more than `bytes` that a load takes.
+std::size_t FirstBlockOfMoreThan(std::size_t bytes, const std::string& path) {
+  limit = bytes;
+  first_above_limit = 0;
   File file;
-  const PausingNew looking(LookForAwaitedSize);
+  const PausingNew looking(LookForFirstAboveLimit);
   EXPECT_TRUE(file.Load(path));
-  return is_asked_for;
+  return first_above_limit;
 }
 
 TEST_F(IniLongLine, UpTo256KiBOfItAreReadAhead) {
-  WriteBytes(path, "[Main]\n[k=" + std::string(600 * kKiB, 'v') + "\n");
-  EXPECT_TRUE(LoadTakesBlockOf(256 * kKiB, path));
+  WriteBytes(path, "[Main]\n[k=" + std::string(600 * kKiB, 'v'));
+  EXPECT_EQ(FirstBlockOfMoreThan(100 * kKiB, path), 256 * kKiB);
+}
+
+TEST_F(IniLongLine, UpTo128MiBAreTakenForItsValueAtOnce) {
+  WriteBytes(path, "[Main]\n[k=" + std::string(600 * kKiB, 'v'));
+  std::filesystem::resize_file(path, 129 * kMiB);  // takes no disk
+  constexpr std::size_t kWithItsNul = 128 * kMiB + 1;
+  EXPECT_EQ(FirstBlockOfMoreThan(kMiB, path), kWithItsNul);
 }
 
 TEST_F(IniLongLine, ItsEndIsSoughtIn64MiBBehindKeysInNoOrder) {
   WriteBytes(path, "[Main]\n" + KeyLines(50, "v"));
   std::filesystem::resize_file(path, 65 * kMiB);  // takes no disk
-  EXPECT_TRUE(LoadTakesBlockOf(64 * kMiB, path));
+  EXPECT_EQ(FirstBlockOfMoreThan(kMiB, path), 64 * kMiB);
 }
 
 // The name, the value and the objects are needed; all else only helps.
