@@ -111,7 +111,7 @@ class Reader {
     if (!std::getline(input, line_)) {
       return false;
     }
-    EnterLine(line_, false);
+    EnterLine(line_);
     return true;
   }
 
@@ -130,7 +130,7 @@ class Reader {
       return false;
     }
     if (EndsHeader<Char>(value)) {
-      EnterLine(name + Char{'='} + value, false);
+      EnterLine(name + Char{'='} + value);
     } else {
       value.resize(ValueOf<Char>(value).size());
       if (value.capacity() / 2 > value.size()) {
@@ -144,7 +144,7 @@ class Reader {
 
   // Enters a line. Returns false, with nothing done, if the line may begin a
   // run and its key does not come after all others of the section.
-  bool EnterLine(View text, bool may_begin_run) {
+  bool EnterLine(View text, bool may_begin_run = false) {
     const Line<Char> line = ParseLine(text);
     if (line.kind == LineKind::kHeader) {
       section_ = AppendOrFind(sections_, &file_, String(line.name));
@@ -205,7 +205,7 @@ class Reader {
     const std::size_t size = text.find(line_feed);
     const View rest = text.substr(size + 1);
     GetArea<Char>::TakeUpTo(buffer, rest.data());
-    EnterLine(text.substr(0, size), false);
+    EnterLine(text.substr(0, size));
     return rest;
   }
 

@@ -129,14 +129,22 @@ TEST_F(IniLongLine, ItsLoadTakesNoMemoryForTheLinesBeforeIt) {
   EXPECT_EQ(file.GetKeyValue("Main", "[k").size(), kSize);
 }
 
-TEST_F(IniLongLine, ItsKeyKeepsNoMemoryForTheRestOfTheFile) {
-  WriteBytes(path, "[Main]\n[k=" + std::string(300 * kKiB, 'v') + "\n# " +
-                       std::string(16 * kMiB, 'c') + "\n");
-  File file;
+// The memory that a document takes for a file with a value of 300 KiB.
+std::size_t MemoryKept(const std::string& path, std::size_t size_of_rest) {
+  WriteBytes(path, "[Main]\n[k=" + std::string(300 * kKiB, 'v') + "\n" +
+                       std::string(size_of_rest, 'c'));
   constexpr long kAll = 64 * kMiB;
+  File file;
   const LimitedNew limited(kAll);
   EXPECT_TRUE(file.Load(path));
-  EXPECT_LT(kAll - limited.Left(), static_cast<long>(310 * kKiB));
+  return static_cast<std::size_t>(kAll - limited.Left());
+}
+
+TEST_F(IniLongLine, ItsKeyKeepsMemoryForNoMoreThanTwiceItsValue) {
+  EXPECT_LT(MemoryKept(path, 16 * kMiB), 310 * kKiB);
+  EXPECT_LT(MemoryKept(path, 300 * kKiB + 1), 310 * kKiB);
+  // Another move of the value would cost more.
+  EXPECT_GT(MemoryKept(path, 300 * kKiB), 600 * kKiB);
 }
 
 std::size_t limit = 0;
@@ -208,6 +216,14 @@ TEST_F(IniLongLine, ItIsReadWhereThereIsNoMemoryToReadAhead) {
     EXPECT_TRUE(file.Load(path));
   }
   EXPECT_EQ(file.GetKeyValue("Main", "[key").size(), 65 * kKiB);
+}
+
+TEST_F(IniLongLine, AShortOneTakesLittleWhereThereIsNoMemoryToReadAhead) {
+  const std::string comments(kMiB, '\n');
+  WriteBytes(path, comments.substr(0, 64 * kKiB - 12) + "[Main]\n[k=value\n" +
+                       comments);
+  const LimitedNew limited(static_cast<long>(200 * kKiB));
+  EXPECT_EQ(FirstBlockOfMoreThan(256 * kKiB, path), 0u);
 }
 
 TEST_F(IniLongLine, ItIsReadWhereThereIsNoMemoryForTheRestOfTheFile) {
