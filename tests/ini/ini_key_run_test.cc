@@ -335,6 +335,36 @@ TEST(IniKeyRun, NoKeyOfARunFromAPipeIsLost) {
   EXPECT_TRUE(ContentOf(file) == ContentOfPlain(ALongText()));
 }
 
+std::size_t LargestBlockOfALoad(const std::string& path) {
+  largest_block = 0;
+  File file;
+  const PausingNew noting(NoteBlock);
+  EXPECT_TRUE(file.Load(Text(path)));
+  return largest_block;
+}
+
+TEST(IniKeyRun, WhatFollowsInAFileIsNotReadAhead) {
+  const Folder folder;
+  const std::string rest(1 << 20, '\n');
+  WriteBytes(folder / "a.ini",
+             "[Main]\n" + KeyLines(50, "v") + "[Other]\n" + rest);
+  EXPECT_LE(LargestBlockOfALoad(folder / "a.ini"), std::size_t{1} << 18);
+}
+
+TEST(IniKeyRun, OneFromAPipeIsReadAsAWhole) {
+  const Folder folder;
+  const std::string path = folder / "pipe";
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const std::string lines = KeyLines(1000, std::string(1000, 'v'));
+  std::thread writer([&] { WriteBytes(path, "[Main]\n" + lines); });
+  const std::size_t largest = LargestBlockOfALoad(path);
+  writer.join();
+  // Wide text is converted in small pieces.
+  if (sizeof(Char) == 1) {
+    EXPECT_GT(largest, lines.size() * 3 / 4);
+  }
+}
+
 TEST(IniKeyRun, AFailedAllocationInALongRunOfAFileLeaksNothing) {
   const Folder folder;
   WriteBytes(folder / "a.ini", ALongText());
