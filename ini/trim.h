@@ -52,7 +52,7 @@ void TrimName(String& name) {
   while (!name.empty() && IsBlank(name.back())) {
     name.pop_back();
   }
-  if (!name.empty() && IsBlank(name.front())) {
+  if (IsBlank(name[0])) {  // a NUL if there is none
     name.erase(name.begin(),
                std::find_if_not(name.begin(), name.end(),
                                 IsBlank<typename String::value_type>));

@@ -162,7 +162,7 @@ Text<File> SparseRunsText() {
 
 // Keys in no order, whose names differ in the last of the characters that
 // decide most comparisons, and behind it: nine of digits, eight of any Latin
-// ones.
+// ones. Some are the beginnings of others.
 template <class File>
 Text<File> LateDifferencesText() {
   constexpr std::size_t kNames = 100;
@@ -172,7 +172,8 @@ Text<File> LateDifferencesText() {
     const std::size_t key = i * 7 % kNames;
     text.AddKey("Digits",
                 std::to_string(key % 2) + "0000000" +
-                    std::to_string(100 + key).substr(1),
+                    std::to_string(100 + key / 4).substr(1) +
+                    std::string(key / 2 % 2, '0'),
                 "v");
   }
   text.AddHeader("Latin");
@@ -180,7 +181,7 @@ Text<File> LateDifferencesText() {
     const std::size_t key = i * 7 % kNames;
     text.AddKey("Latin",
                 std::string(key % 2 == 0 ? "\xC0" : "\xC1") + "000000" +
-                    static_cast<char>(0x80 + key),
+                    static_cast<char>(0xFF - key),
                 "v");
   }
   return text;
