@@ -111,8 +111,7 @@ class Folding {
         std::towlower(static_cast<std::wint_t>(character)));
   }
 
-  // All narrow characters, or those of ASCII.
-  std::uint32_t table_[sizeof(Char) == 1 ? 256 : 128];
+  std::uint32_t table_[256];  // all narrow characters, and as many wide ones
 };
 
 // The name of a file as the system takes it.
