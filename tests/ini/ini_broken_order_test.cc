@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <cwchar>
 #include <string>
+#include <vector>
 
+#include "ini/key_lines.h"
 #include "ini/shown.h"
 #include "ini/width.h"
 #include "support/failing_new.h"
@@ -133,6 +135,25 @@ TEST(IniEditingWithoutAnOrder, KeysLoadedInNoOrderAreNotLostOrDestroyedTwice) {
     EXPECT_EQ(file.GetSection(L"Main")->GetKey(L"[k1000")->GetValue(), L"v");
   }
   EXPECT_EQ(LiveBlocks(), live);
+}
+
+// 1 < 0x60000000 < 0xC0000000 < 1, and where 1 is entered after 0xC0000000 it
+// stands behind it. No sorting of the three would put it there.
+TEST(IniEditingWithoutAnOrder, KeysAreNotSorted) {
+  const String high = {L'[', L'm', static_cast<wchar_t>(0xC0000000)};
+  const String low = {L'[', L'm', 1};
+  const String middle = {L'[', L'm', 0x60000000};
+  StringInput input(L"[Main]\n[z=\n" + Text(KeyLines(50, "v")) + high + L"=\n" +
+                    low + L"=\n" + middle + L"=\n");
+  File file;
+  file.Load(input);
+  std::vector<String> names;
+  for (const auto& [name, key] : file.GetSection(L"Main")->GetKeys()) {
+    names.push_back(name);
+  }
+  EXPECT_EQ(names.size(), 54u);
+  EXPECT_LT(std::find(names.begin(), names.end(), high),
+            std::find(names.begin(), names.end(), low));
 }
 
 // Many keys are sorted by their folded characters before they are entered.

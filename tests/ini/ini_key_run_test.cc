@@ -186,8 +186,8 @@ std::vector<Digits> AllDigits() {
 #endif
   } else {
     all.push_back({"C.UTF-8", of('0', 0x44F, 0x451), of('0', 0x42F, 0x401)});
-    for (const char32_t highest :
-         {U'\u1001', U'\uFFFF', U'\U0010FFFF', char32_t{0x7FFFFFFF}}) {
+    for (const char32_t highest : {U'\u0100', U'\u1001', U'\uFFFF',
+                                   U'\U0010FFFF', char32_t{0x7FFFFFFF}}) {
       const String digits = of('0', highest - 1, highest);
       all.push_back({"C", digits, digits});
     }
