@@ -162,25 +162,23 @@ bool Matches(COidData& record, NameKey key) {
     return Walk(std::span(records + rows.begin, records + rows.end), key);
   };
   const std::size_t length = ::wcsnlen(key.name, kLongestName + 1);
-  if (length <= kLongestName) {
-    const std::optional<HashCode> code = NameHashCode(key.name, length);
-    if (!code) {
+  const std::optional<HashCode> code = NameHashCode(key.name, length);
+  if (!code) {
+    return walk();
+  }
+  for (RowNumber row = kByName.First(*code); row < rows.end;
+       row = kByName.Next(row)) {
+    if (row < rows.begin) {
+      continue;
+    }
+    if (!AreIndexed({rows.begin, row + 1})) {
       return walk();
     }
-    for (RowNumber row = kByName.First(*code); row < rows.end;
-         row = kByName.Next(row)) {
-      if (row < rows.begin) {
-        continue;
-      }
-      if (!AreIndexed({rows.begin, row + 1})) {
-        return walk();
-      }
-      const LPCWSTR name = NameOf(records[row]);
-      if (name != nullptr && kNameLengths[row] == length &&
-          (std::wmemcmp(name, key.name, length) == 0 ||
-           EqualInAnyCase(name, key.name))) {
-        return &records[row];
-      }
+    const LPCWSTR name = NameOf(records[row]);
+    if (name != nullptr && kNameLengths[row] == length &&
+        (std::wmemcmp(name, key.name, length) == 0 ||
+         EqualInAnyCase(name, key.name))) {
+      return &records[row];
     }
   }
   return AreIndexed(rows) ? nullptr : walk();

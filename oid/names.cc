@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "oid/hash_codes.h"
 #include "oid/index.h"
@@ -113,20 +114,19 @@ void AfterFork() { publishing.unlock(); }
 [[maybe_unused]] const int fork_handlers_status =
     pthread_atfork(BeforeFork, AfterFork, AfterFork);
 
-// The record's row, or kNoRow for a record that a caller has made.
-RowNumber RowOf(const COidData& record) {
+// The record's row. One that a caller has made has none.
+std::optional<RowNumber> RowOf(const COidData& record) {
   const std::less<> is_before;
   if (is_before(&record, records) || !is_before(&record, records + kRowCount)) {
-    return kNoRow;
+    return std::nullopt;
   }
   return static_cast<RowNumber>(&record - records);
 }
 
-// Whether the index would find that name at `row`.
+// Whether the index would find that name at `row`. Two names of different
+// lengths, of up to 256 characters, have different hash codes.
 bool IsNameOfRow(LPCWSTR name, RowNumber row) {
-  const std::size_t length = std::wcslen(name);
-  return length == kNameLengths[row] &&
-         NameHashCode(name, length) == kNameHashCodes[row];
+  return NameHashCode(name, std::wcslen(name)) == kNameHashCodes[row];
 }
 
 // Threads may still look up while the process exits: one that has set the flag
@@ -145,9 +145,8 @@ LPCWSTR TakeName(COidData& record) {
 // Puts `name`, which may be null, in the place of the name `replaced`. Returns
 // false if the record has another name by then, as another thread was first.
 bool Publish(COidData& record, LPCWSTR replaced, LPCWSTR name) noexcept {
-  const RowNumber row = RowOf(record);
-  const bool is_indexed =
-      row != kNoRow && (name == nullptr || IsNameOfRow(name, row));
+  const std::optional row = RowOf(record);
+  const bool is_indexed = row && (name == nullptr || IsNameOfRow(name, *row));
   const std::lock_guard lock(publishing);
   if (NameOf(record) != replaced) {
     return false;
@@ -155,12 +154,12 @@ bool Publish(COidData& record, LPCWSTR replaced, LPCWSTR name) noexcept {
   std::atomic_ref(record.dwOidFlags)
       .fetch_or(kNameIsOwned, std::memory_order_relaxed);
   std::atomic_ref(record.pwszName).store(name, std::memory_order_release);
-  if (row != kNoRow) {
-    const std::atomic_ref bits(unindexed[row / kBits]);
+  if (row) {
+    const std::atomic_ref bits(unindexed[*row / kBits]);
     if (is_indexed) {
-      bits.fetch_and(~BitOf(row), std::memory_order_release);
+      bits.fetch_and(~BitOf(*row), std::memory_order_release);
     } else {
-      bits.fetch_or(BitOf(row), std::memory_order_release);
+      bits.fetch_or(BitOf(*row), std::memory_order_release);
     }
   }
   return true;
@@ -172,7 +171,7 @@ std::unique_ptr<wchar_t[]> Widen(const char* text) {
   constexpr auto kInvalid = static_cast<std::size_t>(-1);
   std::mbstate_t state{};
   const std::size_t count = std::mbsrtowcs(nullptr, &text, 0, &state);
-  if (count == 0 || count == kInvalid) {
+  if (count == kInvalid) {
     return nullptr;
   }
   // The conversion stops before a terminator; the array's last zero is it.
