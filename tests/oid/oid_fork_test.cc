@@ -2,9 +2,11 @@
 // finds its records.
 #include <gtest/gtest.h>
 #include <korvan/oid_info.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <clocale>
 #include <cstddef>
 #include <thread>
@@ -92,6 +94,44 @@ TEST(OidFork, AChildForkedWhileNamesLoadFindsItsRecordsInUtf8) {
 
 TEST(OidFork, AChildForkedWhileNamesLoadFindsItsRecordsInKoi8) {
   ForkManyTimes("ru_RU.KOI8-R");
+}
+
+// The handlers before a fork are called last registered first. This one comes
+// after the library's, since it is registered before any library is ready.
+
+std::atomic<bool> is_fork_watched{false};
+std::atomic<bool> is_forking{false};
+std::atomic<bool> is_published{false};
+bool was_published_in_time = false;
+
+void WatchFork() {
+  if (is_fork_watched) {
+    is_forking = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    was_published_in_time = is_published;
+  }
+}
+
+void RegisterFirst() { pthread_atfork(WatchFork, nullptr, nullptr); }
+
+[[gnu::section(".preinit_array"),
+  gnu::used]] void (*const register_first)() = RegisterFirst;
+
+TEST(OidFork, NoNameIsPublishedWhileAForkIsUnderWay) {
+  is_fork_watched = true;
+  std::thread publisher([] {
+    while (!is_forking) {
+    }
+    COidData record = {};
+    InitOidInfoWorker(record, 0xFFFF);
+    is_published = true;
+  });
+  const pid_t child = StartChild([] { return kFound; });
+  publisher.join();
+  is_fork_watched = false;
+  EXPECT_EQ(ExitStatusOf(child), kFound);
+  EXPECT_TRUE(is_forking);
+  EXPECT_FALSE(was_published_in_time);
 }
 
 }  // namespace

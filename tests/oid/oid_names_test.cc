@@ -556,6 +556,13 @@ TEST_F(OidNames, AnOwnRecordLosesItsNameToAMissingText) {
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
+TEST_F(OidNames, AnOwnRecordThatLosesItsNameTakesNoneFromTheRegistry) {
+  COidData record = {};
+  InitOidInfoWorker(record, 0xFFFF);  // no text has this number
+  EXPECT_TRUE(Loaded().empty());
+  EXPECT_EQ(FindByName(L"GOST R 34.11-94 (Quorin 2)", kAllGroups), &Row(0));
+}
+
 TEST_F(OidNames, ASearchInAnOwnTableLoadsTheNamesItPasses) {
   COidData records[3] = {};
   const unsigned int kNumbers[] = {8048, 4, 8049};
