@@ -118,6 +118,17 @@ constexpr HashCode PairHashCode(ALG_ID algid, ALG_ID second_algid) {
   return HashCode{algid} << 32 | second_algid;
 }
 
+// Other codes would do as long as they spread the keys as well, so what they
+// are is written down: no change of them is by chance.
+static_assert(OidHashCode(WordsOf("2.5.4.3", 7), 7) == 0xFA22A1B12746B173);
+static_assert(OidHashCode(WordsOf("2.5.29.1", 8), 8) == 0x9EEC0EBB531021A8);
+static_assert(OidHashCode(WordsOf("1.2.840.113549.1.9.16.3.6", 25), 25) ==
+              0x2948DBA406737FC6);
+static_assert(NameHashCode("RSA", 3) == 0x3827D7C560D64D3C);
+static_assert(NameHashCode("sha256", 6) == 0x3FDE0830A43B3B11);
+static_assert(AlgidHashCode(0x8004) == 0x8004);
+static_assert(PairHashCode(0x8004, 0x2E00) == 0x8004'0000'2E00);
+
 }  // namespace korvan::oid
 
 #endif  // KORVAN_OID_HASH_CODES_H_
