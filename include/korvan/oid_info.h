@@ -160,7 +160,8 @@ KORVAN_API COidData* FindOIDInfoInternal(unsigned int dwKeyType, void* pvKey,
 ///
 /// @param table      the table: one of `oid_registry`, or a caller's own. Its
 ///                   group id is not looked at. A table with no records, by
-///                   its count or by a null pointer, matches nothing.
+///                   its count or by a null pointer, matches nothing, and the
+///                   key is not looked at.
 /// @param dwKeyType  as for `FindOIDInfo`.
 /// @param pvKey      as for `FindOIDInfo`; null matches nothing.
 /// @return the first record in array order that matches, its name resolved;

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <ostream>
 #include <set>
+#include <span>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -311,6 +312,26 @@ TEST(OidLookup, ASearchThatFindsNothingReadsNoFurtherThanTheKey) {
     const std::wstring name(length, L'1');
     EXPECT_EQ(FindByName(AtTheEdge(room, name), kAllGroups), nullptr);
   }
+}
+
+// Only a mistake makes such a key, and then it may be long.
+TEST(OidLookup, OfAKeyThatIsTooLongOneCharacterTooManyIsReadAndNoMore) {
+  std::string oid;
+  std::wstring name;
+  for (const ExpectedRow& row : kExpectedRows) {
+    oid.resize(std::max(oid.size(), std::string(row.oid).size() + 1), '1');
+    if (row.name != nullptr) {
+      name.resize(std::max(name.size(), std::wcslen(row.name) + 1), L'1');
+    }
+  }
+  GuardedRoom room(4096);
+  const auto at_the_edge = [&](const auto& text) {
+    const auto bytes = std::as_bytes(std::span(text));
+    return reinterpret_cast<decltype(text.data())>(room.Place(
+        {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()}));
+  };
+  EXPECT_EQ(FindByOid(at_the_edge(oid), kAllGroups), nullptr);
+  EXPECT_EQ(FindByName(at_the_edge(name), kAllGroups), nullptr);
 }
 
 TEST(OidLookup, ANullKeyMatchesNothing) {

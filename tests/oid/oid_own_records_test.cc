@@ -49,6 +49,17 @@ TEST(OidOwnTable, ACallersTableWithoutRecordsHoldsNothing) {
             nullptr);
 }
 
+TEST(OidOwnTable, WhereThereAreNoRecordsTheKeyIsNotLookedAt) {
+  COidData record = OwnRecord("1.1", L"one");
+  void* const wild = reinterpret_cast<void*>(8);  // nothing lives there
+  for (const OID_TABLE_INFO& table :
+       {OID_TABLE_INFO{1, 0, &record}, OID_TABLE_INFO{1, -5, &record},
+        OID_TABLE_INFO{1, 5, nullptr}}) {
+    EXPECT_EQ(FindOIDInfoInternal(table, CRYPT_OID_INFO_ALGID_KEY, wild),
+              nullptr);
+  }
+}
+
 TEST(OidOwnTable, ACallersTableMayPointIntoTheRegistry) {
   char oid[] = "1.2.840.113549.1.1.1";
   wchar_t name[] = L"rsa";
