@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "ini/fortified_read.h"
+#include "ini/key_lines.h"
 #include "ini/odd_areas.h"
 #include "ini/shown.h"
 #include "ini/width.h"
@@ -369,6 +370,26 @@ std::string SavedToFullPipe(AnyFile& saved, std::size_t free) {
   taken.resize(static_cast<std::size_t>(size));
   close(ends[0]);
   return seen + taken.substr(filler.size());
+}
+
+TEST_F(IniFileFaults, ALargeFileIsWrittenAndReadInFewCalls) {
+  // That of wide text is the standard library's own.
+  constexpr int kBlock = sizeof(Char) == 1 ? 64 * 1024 : 8 * 1024;
+  const std::string lines = KeyLines(1000, std::string(1000, 'v'));
+  StringInput input(Text("[Main]\n" + lines));
+  File large;
+  large.Load(input);
+  const String path = Text(folder / "large.ini");
+  const int blocks = static_cast<int>(lines.size()) / kBlock + 1;
+  Calls of_save;
+  calls = &of_save;
+  EXPECT_TRUE(large.Save(path));
+  Calls of_load;
+  calls = &of_load;
+  EXPECT_TRUE(large.Load(path));
+  calls = nullptr;
+  EXPECT_LE(of_save.made, blocks + 1);
+  EXPECT_LE(of_load.made, blocks + 1);
 }
 
 TEST_F(IniFileFaults, AFullPipeTakesWhatItTakesOfInsertions) {
