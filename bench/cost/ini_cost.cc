@@ -140,6 +140,17 @@ Text<File> RepeatedHeadersText() {
   return text;
 }
 
+// Adds a header and keys in no order; `name_of` gives the name of each number
+// below `count`, with which 7 must have no divisor in common.
+template <class File, class NameOf>
+void AddKeysInNoOrder(Text<File>& text, const std::string& section,
+                      std::size_t count, NameOf name_of) {
+  text.AddHeader(section);
+  for (std::size_t i = 0; i < count; ++i) {
+    text.AddKey(section, name_of(i * 7 % count), "v");
+  }
+}
+
 // Keys in order, then some of them again in no order, so far apart that the
 // next one is just found by steps, or just not.
 template <class File>
@@ -151,11 +162,9 @@ Text<File> SparseRunsText() {
     text.AddKey("Section", Numbered("Key", key), "v");
   }
   for (std::size_t run = 0; run < 10; ++run) {
-    text.AddHeader("Section");
-    for (std::size_t i = 0; i < kNames; ++i) {
-      const std::size_t key = (7 + run % 2) * (i * 7 % kNames);
-      text.AddKey("Section", Numbered("Key", key), "w");
-    }
+    AddKeysInNoOrder(text, "Section", kNames, [run](std::size_t key) {
+      return Numbered("Key", (7 + run % 2) * key);
+    });
   }
   return text;
 }
@@ -165,25 +174,16 @@ Text<File> SparseRunsText() {
 // ones. Some are the beginnings of others.
 template <class File>
 Text<File> LateDifferencesText() {
-  constexpr std::size_t kNames = 100;
   Text<File> text;
-  text.AddHeader("Digits");
-  for (std::size_t i = 0; i < kNames; ++i) {
-    const std::size_t key = i * 7 % kNames;
-    text.AddKey("Digits",
-                std::to_string(key % 2) + "0000000" +
-                    std::to_string(100 + key / 4).substr(1) +
-                    std::string(key / 2 % 2, '0'),
-                "v");
-  }
-  text.AddHeader("Latin");
-  for (std::size_t i = 0; i < kNames; ++i) {
-    const std::size_t key = i * 7 % kNames;
-    text.AddKey("Latin",
-                std::string(key % 2 == 0 ? "\xC0" : "\xC1") + "000000" +
-                    static_cast<char>(0xFF - key),
-                "v");
-  }
+  AddKeysInNoOrder(text, "Digits", 100, [](std::size_t key) {
+    return std::to_string(key % 2) + "0000000" +
+           std::to_string(100 + key / 4).substr(1) +
+           std::string(key / 2 % 2, '0');
+  });
+  AddKeysInNoOrder(text, "Latin", 100, [](std::size_t key) {
+    return std::string(key % 2 == 0 ? "\xC0" : "\xC1") + "000000" +
+           static_cast<char>(0xFF - key);
+  });
   return text;
 }
 
