@@ -123,10 +123,11 @@ std::optional<RowNumber> RowOf(const COidData& record) {
   return static_cast<RowNumber>(&record - records);
 }
 
-// Whether the index would find that name at `row`. Two names of different
-// lengths, of up to 256 characters, have different hash codes.
+// Whether the index would find that name at `row`.
 bool IsNameOfRow(LPCWSTR name, RowNumber row) {
-  return NameHashCode(name, std::wcslen(name)) == kNameHashCodes[row];
+  const std::size_t length = std::wcslen(name);
+  return length == kNameLengths[row] &&
+         NameHashCode(name, length) == kNameHashCodes[row];
 }
 
 // Threads may still look up while the process exits: one that has set the flag
