@@ -40,12 +40,12 @@ class PlainIni {
   const Sections& sections() const { return sections_; }
   void Clear() { sections_.clear(); }
 
-  void AddSection(String name) { sections_[Trimmed(std::move(name))]; }
+  void AddSection(String name) { Entered(sections_, std::move(name)); }
   void AddKey(String section, String name) {
-    sections_[Trimmed(std::move(section))][Trimmed(std::move(name))];
+    Entered(Entered(sections_, std::move(section)), std::move(name));
   }
   void Set(String section, String name, String value) {
-    sections_[Trimmed(std::move(section))][Trimmed(std::move(name))] =
+    Entered(Entered(sections_, std::move(section)), std::move(name)) =
         std::move(value);
   }
   bool HasSection(String name) const {
@@ -95,13 +95,13 @@ class PlainIni {
         continue;
       }
       if (line[line.find_last_not_of(white)] == ']') {
-        section = &sections_[Trimmed(line.substr(1, line.size() - 2))];
+        section = &Entered(sections_, line.substr(1, line.size() - 2));
         continue;
       }
       const auto equals = line.find('=');
       if (equals != String::npos && section != nullptr) {
         String value = line.substr(equals + 1);
-        (*section)[Trimmed(line.substr(0, equals))] = std::move(value);
+        Entered(*section, line.substr(0, equals)) = std::move(value);
       }
     }
   }
@@ -132,6 +132,13 @@ class PlainIni {
     name.erase(name.find_last_not_of(Blanks()) + 1);
     name.erase(0, name.find_first_not_of(Blanks()));
     return name;
+  }
+
+  // The entry of a name. Not by `entries[name]`, which loses entries where wide
+  // names have no order.
+  template <class Entries>
+  static typename Entries::mapped_type& Entered(Entries& entries, String name) {
+    return entries.insert({Trimmed(std::move(name)), {}}).first->second;
   }
 
   template <class Entries>
