@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cwchar>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -85,19 +86,28 @@ TEST(IniEditingUnderAnotherLocale, ARenameSparesANamesakesEntry) {
 
 // wcscasecmp is no order for units of 0x80000000 and more:
 // 1 < 0x60000000 < 0xC0000000 < 1.
+class RandomCharacters {
+ public:
+  wchar_t operator()() {
+    random_ = random_ * 1103515245 + 12345;
+    return kCharacters[(random_ >> 16) % std::size(kCharacters)];
+  }
+
+ private:
+  static constexpr wchar_t kCharacters[] = {
+      L'a',       static_cast<wchar_t>(0x80000000),
+      0x60000000, static_cast<wchar_t>(0xFFFFFFFF),
+      0x7FFFFFFF, static_cast<wchar_t>(0xC0000000),
+      L'Z',       1};
+
+  unsigned int random_ = 1;
+};
+
 TEST(IniEditingWithoutAnOrder, NothingIsLostOrDestroyedTwice) {
   const long live = LiveBlocks();
   {
     File file;
-    const wchar_t characters[] = {L'a',       static_cast<wchar_t>(0x80000000),
-                                  0x60000000, static_cast<wchar_t>(0xFFFFFFFF),
-                                  0x7FFFFFFF, static_cast<wchar_t>(0xC0000000),
-                                  L'Z',       1};
-    unsigned int random = 1;
-    const auto next = [&random, &characters] {
-      random = random * 1103515245 + 12345;
-      return characters[(random >> 16) % 8];
-    };
+    RandomCharacters next;
     for (int i = 0; i < 3000; ++i) {
       Section* const section = file.AddSection({next(), next()});
       ASSERT_NE(section, nullptr);
@@ -111,6 +121,21 @@ TEST(IniEditingWithoutAnOrder, NothingIsLostOrDestroyedTwice) {
       if (i % 7 == 0 && !file.GetSections().empty()) {
         file.RemoveSection(file.GetSections().begin()->second);
       }
+    }
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
+// The model that fuzzers compare documents with must not leak either.
+TEST(IniEditingWithoutAnOrder, ThePlainDocumentLosesNothing) {
+  const long live = LiveBlocks();
+  {
+    PlainFile plain;
+    RandomCharacters next;
+    for (int i = 0; i < 3000; ++i) {
+      plain.Set({next(), next()}, {next(), next()}, L"a value with a block");
+      plain.RenameSection({next(), next()}, {next(), next(), next()});
+      plain.RemoveSection({next(), next()});
     }
   }
   EXPECT_EQ(LiveBlocks(), live);
