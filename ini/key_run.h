@@ -127,8 +127,9 @@ class KeyRun {
   bool Add(const Line<Char>& line) {
     const View name = WithoutTrailing(IsBlank<Char>,
                                       WithoutLeading(IsBlank<Char>, line.name));
-    if (!IsOrdered(name) || line.name.size() > UINT32_MAX ||
-        line.value.size() > UINT32_MAX) {
+    const auto size = static_cast<std::size_t>(line.value.data() +
+                                               line.value.size() - name.data());
+    if (!IsOrdered(name) || size > UINT32_MAX) {
       return false;
     }
     if (lines_.empty()) {
