@@ -1,10 +1,11 @@
 // What stays true where wide names are out of order, since the locale has
 // changed or the C library has no order for them: no object is destroyed twice
 // or leaks. This program has a `wcscasecmp` of its own, which takes the place
-// of the C library's and can take a 9 for an 8.
+// of the C library's and can take a 9 for an 8, or tell "before" by INT_MIN.
 #include <korvan/ini_file.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cwchar>
 #include <iterator>
@@ -21,6 +22,7 @@ namespace korvan::test {
 namespace {
 
 bool nine_is_eight = false;
+bool before_is_the_least_number = false;
 
 String WithoutNines(String name) {
   std::replace(name.begin(), name.end(), L'9', L'8');
@@ -32,10 +34,14 @@ String WithoutNines(String name) {
 
 int wcscasecmp(const wchar_t* left, const wchar_t* right) noexcept {
   using korvan::test::WithoutNines;
-  return korvan::test::nine_is_eight
-             ? wcsncasecmp(WithoutNines(left).c_str(),
-                           WithoutNines(right).c_str(), SIZE_MAX)
-             : wcsncasecmp(left, right, SIZE_MAX);
+  const int difference =
+      korvan::test::nine_is_eight
+          ? wcsncasecmp(WithoutNines(left).c_str(), WithoutNines(right).c_str(),
+                        SIZE_MAX)
+          : wcsncasecmp(left, right, SIZE_MAX);
+  return korvan::test::before_is_the_least_number && difference < 0
+             ? INT_MIN
+             : difference;
 }
 
 namespace korvan::test {
@@ -202,6 +208,22 @@ TEST(IniEditingWithoutAnOrder, KeysThatAreNotComparedAsTheyFoldAreEntered) {
   }
   EXPECT_EQ(LiveBlocks(), live);
   nine_is_eight = false;
+}
+
+// A C library may tell "before" by any number below 0. glibc's gives INT_MIN
+// for names without an order alone, so such names are inserted without a hint.
+TEST(IniEditingWithoutAnOrder, NamesThatComeBeforeByTheLeastNumberAreInOrder) {
+  before_is_the_least_number = true;
+  const long live = LiveBlocks();
+  {
+    File file;
+    for (const wchar_t* const name : {L"m", L"b", L"x", L"B", L"n", L"a"}) {
+      file.SetKeyValue(L"Main", name, name);
+    }
+    EXPECT_EQ(ContentOf(file), "Main{a=a|b=B|m=m|n=n|x=x}");
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+  before_is_the_least_number = false;
 }
 
 }  // namespace
