@@ -1,5 +1,6 @@
 """Shows what coverage.py counts, on an export of llvm-cov that is made up."""
 
+import collections
 import pathlib
 import tempfile
 import unittest
@@ -98,6 +99,15 @@ class CoverageTest(unittest.TestCase):
             _function([_branch(_A, 1, 1), _branch(_B, 1, 1)], True, True),
             _function([_branch(_A, 0, 0)], False, False, path="/usr/f.h"))
         self.assertEqual(found.missing().total(), 0)
+
+    def test_what_is_missing_is_named_and_an_error(self):
+        coverage.require_none(collections.Counter())
+        missing = collections.Counter({"b is never true": 2,
+                                       "a is never run": 1})
+        with self.assertRaises(SystemExit) as failure:
+            coverage.require_none(missing)
+        self.assertEqual(failure.exception.code,
+                         "a is never run\nb is never true\nb is never true")
 
 
 if __name__ == "__main__":
