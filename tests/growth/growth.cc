@@ -78,6 +78,7 @@ void Grow(const std::string& name, const std::string& growth, Prepare prepare,
 
 const char* const kLinear = "linear";
 const char* const kOrdered = "ordered";  // as n log n
+const char* const kInRuns = "in_runs";   // the same, entered run by run
 
 // `count` lines, the same ones each time, that `line` makes of numbers of one
 // width.
@@ -128,8 +129,8 @@ std::string KeysInNoOrder(std::size_t size) {
 const TextKind kTexts[] = {
     // clang-format off
     {"keys_in_order",    kOrdered, KeysInOrder},
-    {"keys_in_no_order", kOrdered, KeysInNoOrder},
-    {"long_names",       kOrdered, [](std::size_t size) { return "[s]\n" + Lines(size, true, [](const std::string& number) { return "[" + std::string(500, 'n') + number + "=v\n"; }); }},
+    {"keys_in_no_order", kInRuns,  KeysInNoOrder},
+    {"long_names",       kInRuns,  [](std::size_t size) { return "[s]\n" + Lines(size, true, [](const std::string& number) { return "[" + std::string(500, 'n') + number + "=v\n"; }); }},
     {"sections",         kOrdered, [](std::size_t size) { return Lines(size, true, [](const std::string& number) { return "[" + number + "]\n"; }); }},
     {"one_section",      kLinear,  [](std::size_t size) { return Repeated("[s]\n", size); }},
     {"one_key",          kLinear,  [](std::size_t size) { return "[s]\n" + Repeated("[k=v\n[K=w\n", size); }},
@@ -207,7 +208,7 @@ void GrowDocuments(const std::string& width) {
         },
         [](const S& s) { s->file->Load(s->file_name); });
   }
-  const TextKind keys = {"keys_in_no_order", kOrdered, KeysInNoOrder};
+  const TextKind keys = {"keys_in_no_order", kInRuns, KeysInNoOrder};
   const auto loaded = [&](std::size_t size) {
     auto made = std::make_unique<Subject<File>>(keys, size);
     made->file->Load(made->input);
@@ -224,7 +225,7 @@ void GrowDocuments(const std::string& width) {
       visit(*s->file, section_name, name);
     }
   };
-  Grow(width + "/merge", kOrdered, loaded,
+  Grow(width + "/merge", kInRuns, loaded,
        [](const S& s) { s->file->Load(s->input, true); });
   Grow(width + "/get", kOrdered, loaded, [&](const S& s) {
     each_key(s, [](File& file, const auto& section, const auto& name) {

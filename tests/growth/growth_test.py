@@ -32,8 +32,10 @@ class Comparison(unittest.TestCase):
         self.assertNotEqual(grown("ordered", 2.4, 1 << 22)[0], [])
 
     def test_a_second_run_of_keys_may_cost_more(self):
-        self.assertEqual(grown("ordered", 3.3, 1 << 25)[0], [])
-        self.assertNotEqual(grown("ordered", 3.4, 1 << 25)[0], [])
+        self.assertEqual(grown("in_runs", 3.3, 1 << 25)[0], [])
+        self.assertNotEqual(grown("in_runs", 3.4, 1 << 25)[0], [])
+        self.assertNotEqual(grown("in_runs", 2.43, 1 << 22)[0], [])
+        self.assertNotEqual(grown("ordered", 2.43, 1 << 25)[0], [])
 
     def test_what_is_done_once_does_not_count(self):
         self.assertEqual(growth.compare({
