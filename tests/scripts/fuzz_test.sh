@@ -20,6 +20,13 @@ if [ "$1" = --self-test ]; then
   changed "a name of nothing" "s/echo \"there is no target.*exit 2/:/" \
     'without a target'
   # shellcheck disable=SC2016  # the script's words
+  changed "findings of libFuzzer that are not seen" \
+    's/ || \[ "$(tail -n 1 "$found.*ENDED \]; then/; then/' \
+    'what libFuzzer finds'
+  # shellcheck disable=SC2016  # the script's words
+  changed "a run that is not counted" \
+    's/\[ -z "$runs" \] || //' 'a run of nothing'
+  # shellcheck disable=SC2016  # the script's words
   changed "findings that are removed" \
     '0,/find_afl_findings "$output")/s//true)/' 'to remove an earlier finding'
   changed "findings that are not seen" "s/-path '\*\/crashes\/id\*' -o//" \
@@ -44,11 +51,17 @@ program() {  # program NAME < TEXT
 }
 program scripts/setup < /dev/null
 program scripts/build < /dev/null
-# Makes of a corpus what RESULT says.
+# Runs, or makes of a corpus, as RESULT says.
 program build/fuzz/fuzz/area/one << 'END'
-case $1 in
-  -merge=1) ;;
-  *) echo 'stat::number_of_executed_units: 7'; exit ;;
+case $1:$RESULT in
+  -merge=1:*) ;;
+  *:killed) printf 'in the middle of a li'; exit 1 ;;
+  *:silent) exit ;;
+  *)
+    echo 'stat::number_of_executed_units: 7'
+    [ "$RESULT" = good ]
+    exit
+    ;;
 esac
 for folder in "$@"; do
   case $folder in
@@ -108,6 +121,10 @@ runs '^figures: one: 7 runs' good 1 one
 refuses "seconds that are no number" '^usage:' good one
 refuses "0 seconds" '^usage:' good 0
 refuses "a name without a target" "no target 'two'" good 1 two
+
+refuses "what libFuzzer finds" '^one: FOUND' crash 1
+refuses "what ends in the middle of a line" 'one: FOUND' killed 1
+refuses "a run of nothing" '^one: FOUND' silent 1
 
 runs '^figures: one: 5 runs' good --afl 1
 refuses "what AFL++ finds" 'crashes/id:2' crash --afl 1
