@@ -53,6 +53,19 @@ class ReachedTest(unittest.TestCase):
         with self.assertRaisesRegex(SystemExit, "no target gone_fuzzer"):
             self._compare([], f"gone_fuzzer  {_ROW}")
 
+    def test_each_condition_of_the_list_stands_in_its_source(self):
+        rows = reasons.read(reached.ROOT / "fuzz/unreached.txt")
+        self.assertGreater(rows.total(), 0)
+        self.assertEqual(reached.gone(rows, reached.ROOT), [])
+
+    def test_a_condition_that_is_gone_is_named(self):
+        with tempfile.TemporaryDirectory() as folder:
+            pathlib.Path(folder, "f.h").write_text("if (a &&\n    b) {")
+            rows = [f"*_fuzzer  f.h  {condition}  is never true"
+                    for condition in ("a && b", "b", "c")]
+            self.assertEqual(reached.gone(rows, pathlib.Path(folder)),
+                             rows[2:])
+
 
 if __name__ == "__main__":
     unittest.main()
