@@ -14,6 +14,8 @@ if [ "$1" = --self-test ]; then
     '^lookup.cc: without -Wformat=2$' 's/ -Wformat=2//'
   breaks "a flag that is left out" \
     '^lookup.cc: without -fno-strict-overflow$' 's/ -fno-strict-overflow//'
+  breaks "another flag that is left out" \
+    '^lookup.cc: without -fno-plt$' 's/APPEND hardening -fno-plt/APPEND hardening/'
   # shellcheck disable=SC2016  # CMake's variable
   breaks "a library that is not hardened" \
     '^last_error.cc: without -fstack-protector-strong$' \
@@ -36,10 +38,10 @@ mkdir -p "$work"
 flags="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast
   -Wformat=2 -O2 -fPIC -fvisibility=hidden -fstack-protector-strong
   -fstack-clash-protection -fno-delete-null-pointer-checks
-  -fno-strict-overflow"
+  -fno-strict-overflow -fno-gnu-unique -fno-semantic-interposition"
 case $("$compiler" -dumpmachine) in
-  x86_64-*) flags="$flags -fcf-protection=full" ;;
-  aarch64-*) flags="$flags -mbranch-protection=standard" ;;
+  x86_64-*) flags="$flags -fno-plt -fcf-protection=full" ;;
+  aarch64-*) flags="$flags -fno-plt -mbranch-protection=standard" ;;
 esac
 # What a source is fortified with is the last word on it.
 fortified="-D_FORTIFY_SOURCE=3"
