@@ -38,7 +38,10 @@ int LookAtEvery(const char* what, std::uint64_t count, Make make) {
     }
   };
   std::vector<std::thread> threads;
-  for (unsigned int i = 0; i < std::thread::hardware_concurrency(); ++i) {
+  // Of a system that does not tell, one thread.
+  const unsigned int processors =
+      std::max(1U, std::thread::hardware_concurrency());
+  for (unsigned int i = 0; i < processors; ++i) {
     threads.emplace_back(work);
   }
   for (std::thread& thread : threads) {

@@ -108,7 +108,7 @@ bool Succeeds(const Search& search, const std::vector<COidData*>& records) {
                               : std::wcscmp(found->pwszName, row.name) == 0);
 }
 
-// All threads make all searches, each in an order of its own.
+// All threads make all searches, in many orders.
 int SearchTogether(const char* locale, std::vector<Search> searches,
                    std::size_t round) {
   if (std::setlocale(LC_ALL, locale) == nullptr) {
