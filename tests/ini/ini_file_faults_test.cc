@@ -19,6 +19,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -403,24 +404,48 @@ TEST_F(IniFileFaults, AFullPipeTakesWhatItTakesOfInsertions) {
 
 std::string changing_path;
 
+// Returns how many of the key lines that `lines` begins with a load has
+// entered. It must have entered no others, and each whole but for the last one.
+std::size_t KeysOfTheBeginning(const File& file, const std::string& lines) {
+  const Section* const section = file.GetSection("Main"_t);
+  const std::size_t count = section == nullptr ? 0 : section->GetKeys().size();
+  std::istringstream text(lines);
+  std::string line;
+  std::getline(text, line);  // the header
+  for (std::size_t i = 0; i < count; ++i) {
+    EXPECT_TRUE(std::getline(text, line)) << "no more than " << i << " keys";
+    const std::size_t equals = line.find('=');
+    const auto found = section->GetKeys().find(Text(line.substr(0, equals)));
+    if (found == section->GetKeys().end()) {
+      ADD_FAILURE() << "not there: " << line;
+      return count;
+    }
+    const String value = Text(line.substr(equals + 1));
+    const String entered = found->second->GetValue();
+    EXPECT_TRUE(i + 1 < count ? entered == value : value.starts_with(entered))
+        << line;
+  }
+  return count;
+}
+
 TEST_F(IniFileFaults, AFileThatShrinksOrGrowsWhileItIsReadIsReadInPart) {
+  static constexpr char kMore[] = "\n[z1=v\n[z2=v\n";
   changing_path = folder / "a.ini";
   const std::string lines = ManyLines();
   const String name = Text(changing_path);
   struct Change {
     void (*make)();
     std::size_t fewest;
-    std::size_t most;
   };
   const Change changes[] = {
-      {[] { EXPECT_EQ(truncate(changing_path.c_str(), 0), 0); }, 0, 601},
-      {[] { EXPECT_EQ(truncate(changing_path.c_str(), 3000), 0); }, 0, 601},
+      {[] { EXPECT_EQ(truncate(changing_path.c_str(), 0), 0); }, 0},
+      {[] { EXPECT_EQ(truncate(changing_path.c_str(), 3000), 0); }, 62},
       {[] {
          std::ofstream more(changing_path, std::ios::app);
-         more << "\n[z1=v\n[z2=v\n";
+         more << kMore;
          more.flush();
        },
-       601, 603},
+       601},
   };
   std::size_t tried = 0;
   for (const Change& change : changes) {
@@ -443,12 +468,7 @@ TEST_F(IniFileFaults, AFileThatShrinksOrGrowsWhileItIsReadIsReadInPart) {
       calls = &changing;
       EXPECT_TRUE(loaded.Load(name));
       calls = nullptr;
-      const Section* const section = loaded.GetSection("Main"_t);
-      const std::size_t keys =
-          section == nullptr ? 0 : section->GetKeys().size();
-      EXPECT_GE(keys, change.fewest);
-      EXPECT_LE(keys, change.most);
-      ContentOf(loaded);
+      EXPECT_GE(KeysOfTheBeginning(loaded, lines + kMore), change.fewest);
       ++tried;
     }
   }
