@@ -19,7 +19,13 @@ if [ "$1" = --self-test ]; then
     "$0" 1 "$work/failing" -- "$work/passing"
   must_fail "a case that fails under one" 'this fails' \
     "$0" 1 "$work/passing" -- "$work/failing"
-  must_fail "no program" 'not found' "$0" 1 "$work/none" --
+  fake empty 'echo "[==========] Running 0 tests from 0 test suites."'
+  must_fail "a program that runs nothing" 'no case was run' \
+    "$0" 1 "$work/empty" --
+  fake none ''
+  must_fail "a program without cases" 'no cases' \
+    "$0" 1 "$work/passing" -- "$work/none"
+  must_fail "no program" 'not found' "$0" 1 "$work/gone" --
   end_self_test
 fi
 of=132
@@ -50,6 +56,10 @@ run() {
     echo "under $*"
     exit 1
   fi
+  if grep -q 'Running 0 tests' "$output"; then
+    echo "no case was run: $*"
+    exit 1
+  fi
   runs=$((runs + 1))
 }
 # The next program begins with another setting.
@@ -67,6 +77,7 @@ for program in "$@"; do
     [ $((at % of)) -eq 0 ] || continue
     if $isolated; then
       KORVAN_TEST_LOCALE=$setting "$program" --gtest_list_tests > "$output.list"
+      [ -s "$output.list" ] || { echo "no cases: $program"; exit 1; }
       while read -r name; do
         run "$setting" "$program" "--gtest_filter=$name"
       done << END
