@@ -142,11 +142,13 @@ class Session:
         print(f"mutate: {text}", file=sys.stderr, flush=True)
 
     def _digest_of_tree(self):
-        """Of all that the verdicts depend on. No test that judges is Python."""
+        """Of all that the verdicts depend on. Of the Python, only the ledger of
+        costs judges."""
         root = self._project.root
         digest = hashlib.sha256(repr(self._project).encode())
         for path in run.files_of(root):
-            if path.suffix not in (".md", ".py") and (
+            if path == run.COSTS / "ledger.py" or (
+                    path.suffix not in (".md", ".py") and
                     root / path != self._project.accepted):
                 content = (root / path).read_bytes()
                 digest.update(f"{path} {len(content)} ".encode() + content)

@@ -310,6 +310,13 @@ class Runs(OnSample):
         self.mutate("--file", SUM)
         self.assertEqual(len(seen), 3)
 
+    def test_another_ledger_means_other_results(self):
+        for text in ("", "# more\n"):
+            self.write("bench/cost/ledger.py", text)
+            seen = self.judged()
+            self.mutate("--file", SUM)
+        self.assertEqual(len(seen), 3)
+
     def test_failing_tests_end_the_run(self):
         for broken, what in (("return passed ? 1 : 0;", "tested"),
                              ("return missing;", "built")):
