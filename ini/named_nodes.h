@@ -102,6 +102,14 @@ void Remove(Nodes& nodes, const typename Nodes::key_type& name) {
   }
 }
 
+// Removes the entry of an object, and destroys it. A search by its name might
+// miss it, or find another, where names have no order.
+template <class Nodes>
+void RemoveEntry(Nodes& nodes, NodeOf<Nodes>* node) {
+  const std::unique_ptr<NodeOf<Nodes>> removed(node);
+  nodes.erase(std::ranges::find(nodes, node, &Nodes::value_type::second));
+}
+
 template <class Nodes>
 void RemoveAll(Nodes& nodes) {
   for (const auto& [name, node] : nodes) {

@@ -9,7 +9,9 @@
 #include <cstdint>
 #include <cwchar>
 #include <iterator>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ini/key_lines.h"
@@ -130,6 +132,27 @@ TEST(IniEditingWithoutAnOrder, NothingIsLostOrDestroyedTwice) {
     }
   }
   EXPECT_EQ(LiveBlocks(), live);
+}
+
+// Each of the two names comes before the other, so a search for the second
+// misses it.
+TEST(IniEditingWithoutAnOrder, AFailedValueLeavesNoSection) {
+  bool failed = true;
+  for (long successes = 0; failed; ++successes) {
+    File file;
+    Section* const first = file.AddSection({static_cast<wchar_t>(0x80000001)});
+    String name = {1};
+    String key(60, L'k');
+    String value(60, L'v');
+    try {
+      const FailingNew failing(successes);
+      file.SetKeyValue(std::move(name), std::move(key), std::move(value));
+      failed = false;
+    } catch (const std::bad_alloc&) {
+      ASSERT_EQ(file.GetSections().size(), 1u) << "after " << successes;
+      EXPECT_EQ(file.GetSections().begin()->second, first);
+    }
+  }
 }
 
 // The model that fuzzers compare documents with must not leak either.
