@@ -6,6 +6,7 @@
 #ifndef KORVAN_INI_FILE_STREAM_H_
 #define KORVAN_INI_FILE_STREAM_H_
 
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
@@ -176,6 +177,20 @@ class OutputFile {
 
   bool is_open() const { return stream_.is_open(); }
   std::basic_ostream<Char>& stream() { return stream_; }
+
+  // Writes what is left and closes the file; an error has no effect. A thread
+  // may be cancelled in the write, which the destructor must not be left to: it
+  // would end the process. libstdc++ cancels a thread by an exception.
+  void Close() {
+#ifdef __GLIBCXX__
+    try {
+      stream_.close();
+    } catch (const abi::__forced_unwind&) {
+      throw;
+    } catch (...) {  // of the locale's conversion
+    }
+#endif
+  }
 
  private:
   // Outlives the stream, which uses it to its end.

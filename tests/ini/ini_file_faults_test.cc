@@ -4,6 +4,7 @@
 // `writev` of its own, which take the place of the C library's.
 #include <fcntl.h>
 #include <korvan/ini_file.h>
+#include <pthread.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -18,7 +19,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -474,6 +477,57 @@ TEST_F(IniFileFaults, AFileThatShrinksOrGrowsWhileItIsReadIsReadInPart) {
   }
   Figures(tried, " loads of a file that changes meanwhile");
 }
+
+// AddressSanitizer takes the stack that a cancelled thread unwinds for one that
+// is in use.
+#ifndef KORVAN_TEST_ADDRESS_SANITIZER
+
+std::ptrdiff_t OpenDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return std::distance(begin(all), end(all));
+}
+
+// Has a thread do it once for each read or write, in which it is cancelled.
+template <class Use>
+void CancelInEachCall(Use use) {
+  const int made = CallsOf(use);
+  EXPECT_GE(made, 1);
+  const std::ptrdiff_t open_before = OpenDescriptors();
+  for (int at = 1; at <= made; ++at) {
+    bool has_returned = false;
+    std::thread thread([&] {
+      Calls cancelled;
+      cancelled.fault_at = at;
+      cancelled.before = [] {
+        pthread_cancel(pthread_self());
+        pthread_testcancel();
+      };
+      calls = &cancelled;
+      use();
+      has_returned = true;
+    });
+    thread.join();
+    EXPECT_FALSE(has_returned);
+    EXPECT_EQ(OpenDescriptors(), open_before);
+  }
+}
+
+// The exception that ends a cancelled thread would end the process if it came
+// from a destructor.
+TEST_F(IniFileFaults, AThreadThatIsCancelledInAWriteEndsAlone) {
+  const String path = Text(folder / "a.ini");
+  CancelInEachCall([&] { file.Save(path); });
+  file.SetKeyValue("Main"_t, "[l"_t, Text(std::string(300'000, 'w')));
+  CancelInEachCall([&] { file.Save(path); });
+}
+
+TEST_F(IniFileFaults, AThreadThatIsCancelledInAReadEndsAlone) {
+  WriteBytes(folder / "a.ini", ManyLines());
+  const String path = Text(folder / "a.ini");
+  CancelInEachCall([&] { file.Load(path); });
+}
+
+#endif
 
 #endif
 
