@@ -12,10 +12,11 @@
 ///     writes "name=value", and the reader skips such a line as it skips a
 ///     comment. So a document that was saved and is loaded again has all its
 ///     sections, but only those of its keys whose names begin with "[".
-///   - Names are compared without regard to case, by the C library in the
-///     process's current locale, up to the first NUL; the first spelling
-///     stays. The locale must not change while a document lives: its maps
-///     would no longer be in order.
+///   - Names are compared without regard to case, by the C library in its
+///     current locale, up to the first NUL; the first spelling stays. That
+///     locale is the process's, or the calling thread's own where `uselocale`
+///     gave it one. It must be the same as long as a document lives: else its
+///     maps would no longer be in order.
 ///   - WIDE NAMES MUST BE UTF-32. Of units of 0x80000000 and more `wcscasecmp`
 ///     makes no order (1 < 0x60000000 < 0xC0000000 < 1), so names with such
 ///     units may stand twice in a document, and a search may miss them.
@@ -29,7 +30,9 @@
 /// When allocation fails, `std::bad_alloc` (for a text too long for a string
 /// `std::length_error`) passes through to the caller, and the document is as
 /// it was before the call: the strong guarantee. Only a load keeps what it had
-/// read by then.
+/// read by then. Where the streams of the standard library allocate, as for a
+/// line that is longer than their buffer, they take the failure for one of the
+/// stream: its state tells, and a load or save by name ends silently.
 ///
 /// Documents that are not shared may be used by different threads at the same
 /// time. One document may be read by several threads as long as none changes
@@ -52,7 +55,7 @@
 
 namespace korvan {
 
-/// Orders narrow names: by `strcasecmp` on their C strings, in the process's
+/// Orders narrow names: by `strcasecmp` on their C strings, in the C library's
 /// current locale. What stands after a NUL does not count.
 struct KORVAN_API ci_less_a {
   /// Compares two names.
@@ -462,8 +465,9 @@ class KORVAN_API CIniFileA {
   ///
   /// Nothing is quoted: a name or value with a line feed in it breaks its
   /// line. These are formatted insertions, each line and each line feed one:
-  /// the stream's width pads the first. The stream is not flushed; its state
-  /// tells whether all was written.
+  /// the stream's width pads the first. The stream is not flushed, but for a
+  /// file buffer whose last write failed; its state tells whether all was
+  /// written.
   ///
   /// @param output  the stream.
   /// @errors{The stream's state tells.}
@@ -488,7 +492,7 @@ class KORVAN_API CIniFileA {
   /// @ownership{The document stays as it is.}
   /// @threads{Any thread, while none changes the document.}
   /// @throws std::bad_alloc or std::length_error when allocation fails. THE
-  ///         FILE MAY HAVE BEEN EMPTIED by then.
+  ///         FILE MAY HAVE BEEN EMPTIED by then, or hold the first lines.
   bool Save(const std::string& file_name);
 
   /// Gives all sections, to walk over.
@@ -659,9 +663,11 @@ class KORVAN_API CIniFileA {
 /// It differs in this: names are ordered by `ci_less_w`; file names pass
 /// through `wstr_to_str`; a file's bytes become characters, and characters
 /// bytes, by the global C++ locale in force at the call; loading ends at the
-/// first bytes that it can't convert, and keeps what came before; saving ends
-/// at the first character that it can't convert; there are no numbers. The
-/// examples are those of `CIniFileA`: wide texts begin with L.
+/// first bytes that it can't convert, and keeps the lines before. The line
+/// that has these bytes is dropped or, near the end of the file, taken as if
+/// it ended there. Saving ends at the first character that it can't convert.
+/// There are no numbers. The examples are those of `CIniFileA`: wide texts
+/// begin with L.
 class KORVAN_API CIniFileW {
  public:
   /// As `CIniFileA::CIniSectionA`.

@@ -16,7 +16,7 @@
 /// succeeds. The library throws `std::bad_alloc` alone, when allocation for a
 /// name fails; where a process defines `SetLastError` or `LoadString_korvan`
 /// itself, what these throw passes, too. The record's name then stays null for
-/// good.
+/// good, unless another thread has loaded it meanwhile.
 ///
 /// Threads. Lookups may run on any number of threads at once, first use of a
 /// name included: all come back with the one name that is kept. Lookups of
@@ -127,7 +127,7 @@ KORVAN_API extern const OID_TABLE_INFO oid_registry[9];
 /// Any thread, but not while `CleanupOidInfo` runs or while another changes the
 /// process's locale.
 /// @throws std::bad_alloc when allocation for a name fails: that name then
-///         stays null for good.
+///         stays null for good, unless another thread has loaded it meanwhile.
 KORVAN_API COidData* FindOIDInfo(unsigned int dwKeyType, void* pvKey,
                                  unsigned int dwGroupId);
 

@@ -232,8 +232,8 @@ class KORVAN_API CASNTBaseRecord {
   /// @param status  receives why the content is not there, a value of
   ///                `Asn1Status`; left alone when it is. Must not be null.
   /// @return the content. Where `status` was set it is empty, except for a
-  ///         content that `SetEntry` gave and that `SetTag(0)` left without a
-  ///         tag.
+  ///         content without a tag: one that `SetEntry` gave to a blank record,
+  ///         or that `SetTag(0)` left.
   /// @errors{`*status` tells: see `Asn1Status`.}
   /// @par Ownership
   /// The content is the record's, and valid until the record is

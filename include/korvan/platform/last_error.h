@@ -4,6 +4,12 @@
 /// A host process that emulates the Windows API has its own definitions of
 /// these two functions. The platform library has some for processes that have
 /// none. Neither is `noexcept`: a host's own may throw.
+///
+/// The code is a thread-local variable. Where the platform library came in by
+/// `dlopen`, the C library allocates it at its first use in a thread, and ENDS
+/// THE PROCESS WHERE IT CAN'T. Where that matters, link the program with the
+/// platform library, or let each thread call `SetLastError` once while there is
+/// memory.
 #ifndef KORVAN_PLATFORM_LAST_ERROR_H_
 #define KORVAN_PLATFORM_LAST_ERROR_H_
 
