@@ -12,7 +12,6 @@ import fnmatch
 import json
 import os
 import pathlib
-import re
 import shutil
 import subprocess
 import sys
@@ -80,17 +79,6 @@ def listed_for(target, rows, targets):
         if fnmatch.fnmatchcase(target, pattern):
             listed[branch] += count
     return listed
-
-
-def gone(rows, root):
-    """The rows whose condition no longer stands in its source."""
-    found = []
-    for row in rows:
-        path, condition = re.fullmatch(
-            r'\S+  (\S+)  (.*)  is never (?:true|false)', row).groups()
-        if condition not in ' '.join((root / path).read_text().split()):
-            found.append(row)
-    return found
 
 
 def main():

@@ -487,28 +487,35 @@ std::ptrdiff_t OpenDescriptors() {
   return std::distance(begin(all), end(all));
 }
 
-// Has a thread do it once for each read or write, in which it is cancelled.
+void CancelAndEnd() {
+  pthread_cancel(pthread_self());
+  pthread_testcancel();
+}
+void Cancel() { pthread_cancel(pthread_self()); }
+
+// Has a thread do it once for each read or write, in which it is cancelled, and
+// ends there or at the next call of the system that allows it.
 template <class Use>
 void CancelInEachCall(Use use) {
   const int made = CallsOf(use);
   EXPECT_GE(made, 1);
   const std::ptrdiff_t open_before = OpenDescriptors();
-  for (int at = 1; at <= made; ++at) {
-    bool has_returned = false;
-    std::thread thread([&] {
-      Calls cancelled;
-      cancelled.fault_at = at;
-      cancelled.before = [] {
-        pthread_cancel(pthread_self());
+  for (void (*const cancel)() : {CancelAndEnd, Cancel}) {
+    for (int at = 1; at <= made; ++at) {
+      bool has_returned = false;
+      std::thread thread([&] {
+        Calls cancelled;
+        cancelled.fault_at = at;
+        cancelled.before = cancel;
+        calls = &cancelled;
+        use();
         pthread_testcancel();
-      };
-      calls = &cancelled;
-      use();
-      has_returned = true;
-    });
-    thread.join();
-    EXPECT_FALSE(has_returned);
-    EXPECT_EQ(OpenDescriptors(), open_before);
+        has_returned = true;
+      });
+      thread.join();
+      EXPECT_FALSE(has_returned);
+      EXPECT_EQ(OpenDescriptors(), open_before);
+    }
   }
 }
 
