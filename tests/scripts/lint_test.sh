@@ -50,4 +50,21 @@ echo "\`oid_test.cc\`" > tests/README.md
 printf '#!/bin/sh\necho $1\n' > scripts/unquoted
 git add -A
 must_fail "a shell script's fault" 'shellcheck' scripts/lint
+rm scripts/unquoted
+
+# A tool that does nothing finds nothing.
+holds '// What it is for.\n'
+cp .clang-format kept
+echo 'NoSuchKey: 1' >> .clang-format
+must_fail "a layout that clang-format can't read" 'NoSuchKey' scripts/lint
+mv kept .clang-format
+for tool in clang-format shellcheck codespell; do
+  mkdir "$work/tools"
+  printf '#!/bin/sh\nexit 64\n' > "$work/tools/$tool"
+  chmod +x "$work/tools/$tool"
+  must_fail "$tool ends with an error" "$tool ended with status 64" \
+    env "PATH=$work/tools:$PATH" scripts/lint
+  rm -r "$work/tools"
+done
+must_pass "the project again" scripts/lint
 end_self_test
