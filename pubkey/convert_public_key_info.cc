@@ -39,7 +39,8 @@ int KRVConvertPublicKeyInfo(unsigned int /*uUnused1*/,
       {PUBLICKEYBLOB, pubkey::kBlobVersion, 0, algorithm->Algid},
       pubkey::kMagic,
       key.length * 8};
-  const CRYPT_OBJID_BLOB& parameters = info->Algorithm.Parameters;
+  // A copy: the size may be asked for where theirs stands.
+  const CRYPT_OBJID_BLOB parameters = info->Algorithm.Parameters;
   const std::uint64_t size =
       std::uint64_t{sizeof(header)} + parameters.cbData + key.length;
   *pcbBlob = static_cast<unsigned int>(size);

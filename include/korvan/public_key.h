@@ -59,7 +59,8 @@ namespace korvan {
 /// @param ppBlob    in: null, or the output buffer of an earlier call, which
 ///                  is freed. Out: the blob, to be freed with `free`;
 ///                  null on failure. Must not be null, and is not checked.
-/// @param pcbBlob   receives the blob's size in bytes. Must not be null.
+/// @param pcbBlob   receives the blob's size in bytes; may point to a size in
+///                  `info`. Must not be null.
 /// @return 1 on success, 0 on failure.
 /// @par Errors
 /// On failure the last error is

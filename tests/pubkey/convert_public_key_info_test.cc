@@ -170,6 +170,20 @@ TEST(ConvertPublicKeyInfo, TheBlobOfAnEarlierCallIsFreed) {
   EXPECT_EQ(Take(blob, size), ModelBlob(0xA400, {}, bits));
 }
 
+TEST(ConvertPublicKeyInfo, TheSizeMayBeToldWhereThatOfAnInputStood) {
+  const Bytes parameters = Counted(8);
+  const Bytes bits = ModelOctetString(Counted(64));
+  const Bytes expected = ModelBlob(0x2E23, parameters, bits);
+  for (const bool is_of_key : {false, true}) {
+    CERT_PUBLIC_KEY_INFO info = InfoOf(kGost2001, parameters, bits);
+    DWORD& size =
+        is_of_key ? info.PublicKey.cbData : info.Algorithm.Parameters.cbData;
+    unsigned char* blob = nullptr;
+    EXPECT_EQ(KRVConvertPublicKeyInfo(0, &info, 0, 0, &blob, &size), 1);
+    EXPECT_EQ(Take(blob, size), expected);
+  }
+}
+
 TEST(ConvertPublicKeyInfo, EmptyParametersAndKeysNeedNoAddress) {
   CERT_PUBLIC_KEY_INFO info = {};
   info.Algorithm.pszObjId = const_cast<char*>(kRsa);
