@@ -33,6 +33,19 @@ namespace korvan::ini {
 
 constexpr std::size_t kBlockSize = std::size_t{1} << 16;
 
+// While it lives, its thread is not cancelled: that would end the process in a
+// destructor.
+class Uncancelled {
+ public:
+  Uncancelled() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former_); }
+  Uncancelled(const Uncancelled&) = delete;
+  Uncancelled& operator=(const Uncancelled&) = delete;
+  ~Uncancelled() { pthread_setcancelstate(former_, nullptr); }
+
+ private:
+  int former_ = 0;
+};
+
 // A file whose characters are its bytes. It can read ahead of the stream, so
 // that more lines lie in its area at once than a block holds.
 class ByteFile final : public std::streambuf {
@@ -44,11 +57,8 @@ class ByteFile final : public std::streambuf {
   ByteFile& operator=(const ByteFile&) = delete;
   ~ByteFile() override {
     if (is_open()) {
-      // A thread may be cancelled in close, but not in a destructor.
-      int former = 0;
-      pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former);
+      const Uncancelled uncancelled;
       ::close(descriptor_);
-      pthread_setcancelstate(former, nullptr);
     }
   }
 
@@ -174,13 +184,21 @@ class OutputFile {
     }
     stream_.open(FileName(name), std::ios_base::binary);
   }
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile() {
+    // An exception has left it open.
+    if (is_open()) {
+      const Uncancelled uncancelled;
+      Close();
+    }
+  }
 
   bool is_open() const { return stream_.is_open(); }
   std::basic_ostream<Char>& stream() { return stream_; }
 
   // Writes what is left and closes the file; an error has no effect. A thread
-  // may be cancelled in the write, which the destructor must not be left to: it
-  // would end the process. libstdc++ cancels a thread by an exception.
+  // may be cancelled in the write. libstdc++ does that by an exception.
   void Close() {
 #ifdef __GLIBCXX__
     try {

@@ -22,6 +22,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <new>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -33,6 +34,7 @@
 #include "ini/shown.h"
 #include "ini/width.h"
 #include "support/campaign.h"
+#include "support/failing_new.h"
 #include "support/folder.h"
 
 namespace korvan::test {
@@ -520,6 +522,20 @@ TEST_F(IniFileFaults, AThreadThatIsCancelledInAWriteEndsAlone) {
   CancelInEachCall([&] { file.Save(path); });
   file.SetKeyValue("Main"_t, "[l"_t, Text(std::string(300'000, 'w')));
   CancelInEachCall([&] { file.Save(path); });
+}
+
+TEST_F(IniFileFaults, AThreadThatIsCancelledAsASaveFailsEndsAlone) {
+  const String path = Text(folder / "a.ini");
+  file.SetKeyValue("Main"_t, "[m"_t, Text(std::string(300'000, 'w')));
+  CancelInEachCall([&] {
+    // Of the long line. What stands before it is written all the same.
+    const LimitedNew limited(200'000);
+    try {
+      file.Save(path);
+      ADD_FAILURE() << "was saved";
+    } catch (const std::bad_alloc&) {
+    }
+  });
 }
 
 TEST_F(IniFileFaults, AThreadThatIsCancelledInAReadEndsAlone) {
