@@ -46,7 +46,8 @@ inline int CompareNames(const std::wstring& left, const std::wstring& right) {
   return wcscasecmp(left_rest, right_rest);
 }
 
-// The same for names without a NUL, which need no NUL at their end either.
+// The same for names that need no NUL at their end. Of narrow ones that are one
+// up to a NUL, the shorter comes first; wide ones must have no NUL.
 inline int CompareNames(std::string_view left, std::string_view right) {
   const int difference = strncasecmp(left.data(), right.data(),
                                      std::min(left.size(), right.size()));
@@ -70,12 +71,13 @@ template <class String>
 inline constexpr bool kAllNamesAreOrdered =
     std::is_same_v<typename String::value_type, char>;
 
-// Whether a name can be ordered among names of which the same is true.
+// Whether a name can be ordered among names of which the same is true: a wide
+// one must have UTF-32 alone, and no NUL.
 template <class View>
 constexpr bool IsOrdered(View name) {
   return kAllNamesAreOrdered<View> ||
-         std::ranges::none_of(name, [](auto character) {
-           return (static_cast<std::uint32_t>(character) & 0x80000000) != 0;
+         std::ranges::all_of(name, [](auto character) {
+           return static_cast<std::int32_t>(character) > 0;
          });
 }
 
@@ -85,8 +87,9 @@ template <class Char>
 class Folding {
  public:
   Folding() {
-    for (std::size_t i = 0; i < std::size(table_); ++i) {
-      table_[i] = Folded(static_cast<Char>(i));
+    std::size_t character = 0;
+    for (std::uint32_t& folded : table_) {
+      folded = Folded(static_cast<Char>(character++));
     }
   }
 

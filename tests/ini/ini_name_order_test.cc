@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include <cwchar>
+#include <sstream>
 #include <string>
 
 #include "ini/shown.h"
@@ -65,6 +66,24 @@ TEST(IniNameOrder, TurkishKeepsTheTwoLettersIApart) {
   EXPECT_EQ(file.GetSections().size(), 2u);
   file.AddSection(L"\u0130");  // I with a dot, which is the capital of i
   EXPECT_EQ(file.GetSections().size(), 2u);
+}
+
+// libc++ looks whether what it sorts by is an order.
+TEST(IniNameOrder, KeysInNoOrderWhoseNamesGoOnBehindANulAreOneKey) {
+  std::wstring text = L"[Main]\n[z=last\n";
+  for (int i = 0; i < 13; ++i) {
+    const std::wstring end = L"____________";
+    text +=
+        L"[aa" + (L'\0' + end) + static_cast<wchar_t>(L'z' - i % 3) + L"=1\n";
+    text += L"[Aa" + (L'\0' + end) + L"q=2\n";
+    text +=
+        L"[aa" + (L'\0' + end) + static_cast<wchar_t>(L'a' + i % 3) + L"=3\n";
+  }
+  std::wistringstream input(text);
+  korvan::CIniFileW file;
+  file.Load(input);
+  EXPECT_EQ(file.GetSection(L"Main")->GetKeys().size(), 2u);
+  EXPECT_EQ(Shown(file.GetKeyValue(L"Main", L"[AA")), "3");
 }
 
 }  // namespace
