@@ -15,22 +15,8 @@
 
 namespace korvan {
 
-// A record begins as a CRYPT_OID_INFO does, for code that expects one.
-static_assert(std::is_standard_layout_v<COidData> && sizeof(COidData) == 72);
-static_assert(offsetof(COidData, cbSize) == offsetof(CRYPT_OID_INFO, cbSize));
-static_assert(offsetof(COidData, pszOID) == offsetof(CRYPT_OID_INFO, pszOID));
-static_assert(offsetof(COidData, pwszName) ==
-              offsetof(CRYPT_OID_INFO, pwszName));
-static_assert(offsetof(COidData, dwGroupId) ==
-              offsetof(CRYPT_OID_INFO, dwGroupId));
-static_assert(offsetof(COidData, Algid) == offsetof(CRYPT_OID_INFO, Algid));
-static_assert(offsetof(COidData, ExtraInfo) ==
-              offsetof(CRYPT_OID_INFO, ExtraInfo));
-static_assert(offsetof(COidData, pwszCNGAlgid) ==
-              offsetof(CRYPT_OID_INFO, pwszCNGAlgid));
-static_assert(offsetof(COidData, pwszCNGExtraAlgid) ==
-              offsetof(CRYPT_OID_INFO, pwszCNGExtraAlgid));
-static_assert(offsetof(COidData, dwOidFlags) == sizeof(CRYPT_OID_INFO));
+// A program may address the fields of a record by offset.
+static_assert(std::is_standard_layout_v<COidData>);
 
 namespace oid {
 namespace {

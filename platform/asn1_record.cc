@@ -197,7 +197,7 @@ unsigned int CASNTBaseRecord::GetEntrySize() const { return size_; }
 bool CASNTBaseRecord::GetIsConstraction() const { return constructed_; }
 
 const IdentObj& CASNTBaseRecord::GetRecord(int* status) const {
-  if (const Asn1Status found = Status(); found != kAsn1Ok) {
+  if (const Asn1Status found = FindStatus(); found != kAsn1Ok) {
     *status = found;
   }
   return content_;
@@ -217,7 +217,7 @@ const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const {
   encoding_.data = PutHeader({tag_, size_, constructed_}, content_.data);
   const std::ptrdiff_t total = content_.data - encoding_.data + size_;
   encoding_.length = static_cast<unsigned int>(total);
-  Asn1Status found = Status();
+  Asn1Status found = FindStatus();
   if (tag_ != 0 && total != encoding_.length) {
     found = kAsn1TooLong;
   }
@@ -228,7 +228,7 @@ const IdentObj& CASNTBaseRecord::GetEncodedRecord(int* status) const {
   return encoding_;
 }
 
-Asn1Status CASNTBaseRecord::Status() const {
+Asn1Status CASNTBaseRecord::FindStatus() const {
   if (tag_ == 0) {
     return kAsn1NoRecord;
   }

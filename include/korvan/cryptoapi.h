@@ -196,6 +196,7 @@ constexpr DWORD DIGSIG_E_ENCODE = 0x800B0005;  ///< encoding failed
 #endif  // KORVAN_HOST_CRYPTOAPI
 
 static_assert(sizeof(DWORD) == 4, "DWORD has 32 bits");
+static_assert(sizeof(*LPCWSTR()) == 4, "LPCWSTR is of 32-bit characters");
 static_assert(sizeof(ALG_ID) == 4, "ALG_ID has 32 bits");
 static_assert(sizeof(CRYPT_DATA_BLOB) == 16 &&
                   offsetof(CRYPT_DATA_BLOB, cbData) == 0 &&

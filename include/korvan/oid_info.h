@@ -44,6 +44,12 @@
 #include <korvan/cryptoapi.h>
 #include <korvan/export.h>
 
+#include <cstddef>
+
+#ifdef PARAMSET_OID_GROUP_ID
+#error "a name of korvan is a macro: #undef PARAMSET_OID_GROUP_ID"
+#endif
+
 namespace korvan {
 
 /// Group of GOST R 34.10 and Diffie-Hellman parameter sets; the provider's
@@ -78,12 +84,29 @@ struct COidData {
   DWORD dwOidFlags;
 };
 
+static_assert(sizeof(COidData) == 72 && offsetof(COidData, cbSize) == 0 &&
+                  offsetof(COidData, pszOID) == 8 &&
+                  offsetof(COidData, pwszName) == 16 &&
+                  offsetof(COidData, dwGroupId) == 24 &&
+                  offsetof(COidData, Algid) == 28 &&
+                  offsetof(COidData, ExtraInfo) == 32 &&
+                  offsetof(COidData, pwszCNGAlgid) == 48 &&
+                  offsetof(COidData, pwszCNGExtraAlgid) == 56 &&
+                  offsetof(COidData, dwOidFlags) == sizeof(CRYPT_OID_INFO),
+              "COidData begins as a CRYPT_OID_INFO does");
+
 /// One group of records.
 struct OID_TABLE_INFO {
   DWORD dwGroupId;      ///< Id of the group.
   int cRecords;         ///< Number of records; 0 or less is an empty table.
   COidData* rgRecords;  ///< The first of the records; they lie in a row.
 };
+
+static_assert(sizeof(OID_TABLE_INFO) == 16 &&
+                  offsetof(OID_TABLE_INFO, dwGroupId) == 0 &&
+                  offsetof(OID_TABLE_INFO, cRecords) == 4 &&
+                  offsetof(OID_TABLE_INFO, rgRecords) == 8,
+              "OID_TABLE_INFO has the layout of the library");
 
 /// The nine groups, in the order in which they are searched: 1 to 8, then 20.
 /// The array is constant, the records are written as `COidData` says.

@@ -40,6 +40,14 @@ if [ "$1" = --self-test ]; then
     's/^#include <korvan.export.h>/#include <korvan\/ini_file.h>/' "$@"
   must_fail "a name less" "does not say 'a name" changed cryptoapi.h \
     's/defined(NTE_BAD_KEY)/0/' "$@"
+  must_fail "a name of korvan less" "does not say 'a name of korvan" \
+    changed oid_info.h 's/^#ifdef PARAMSET.*/#if 0/' "$@"
+  must_fail "a name of Xlib" "unqualified-id" changed platform/asn1_record.h \
+    's/FindStatus/Status/' "$@"
+  must_fail "a layout of a host less" "does not say 'LPCWSTR" \
+    changed cryptoapi.h '/^static_assert(sizeof(\*LPCWSTR/d' "$@"
+  must_fail "a layout of korvan less" "does not say 'COidData" \
+    changed oid_info.h 's/sizeof(COidData) ==/true || &/' "$@"
   must_fail "a host that is refused" "is not looked at" changed cryptoapi.h \
     '/^#ifndef KORVAN_HOST/d;/^#endif  \/\/ KORVAN_HOST/d' "$@"
   must_fail "no compiler" "^no compiler" "$0" "$source"
@@ -98,6 +106,25 @@ refused() {
   for one in "$work"/*.cc; do
     says "$wanted" "$one" "$@"
   done
+}
+# asserts SENTENCE LINE...: a source of these lines is refused so.
+asserts() {
+  wanted=$1
+  shift
+  printf '%s\n' "$@" > "$work/layout"
+  case $(first_error "$work/layout" -x c++) in
+    *"$wanted"*) ;;
+    *) cat "$work/log"; echo "$compiler does not say '$wanted'"; exit 1 ;;
+  esac
+}
+# host SENTENCE SED: by a host's declarations, changed so.
+host() {
+  declared=$(dirname "$0")/host_cryptoapi.h
+  sed "$2" "$declared" > "$work/host.h"
+  ! cmp -s "$declared" "$work/host.h" ||
+    { echo "not changed: $2"; exit 1; }
+  asserts "$1" "#include \"$work/host.h\"" "#define KORVAN_HOST_CRYPTOAPI" \
+    "#include <korvan/korvan.h>"
 }
 names=$(sed -n -e 's/^using \([A-Z_]*\) = .*/\1/p' \
   -e 's/^typedef struct \([A-Z_]*\) {$/\1/p' -e 's/^} \([A-Z_]*\);$/\1/p' \
@@ -159,6 +186,12 @@ for compiler; do
     refused "korvan needs little-endian numbers" "$flag"
   done
 
+  # What Xlib makes of common names.
+  for one in "$work"/*.cc; do
+    passes "$one" -DBool=int -DStatus=int -DNone=0L -DTrue=1 -DFalse=0 \
+      -DAlways=2 -DSuccess=0
+  done
+
   # A host's macros, of which one is enough.
   says "a name of CryptoAPI is a macro" "$work/korvan.cc" -DBYTE=char
   [ -e "$work/cryptoapi.cc" ] || continue
@@ -172,5 +205,14 @@ for compiler; do
   case $(first_error "$work/cryptoapi.cc" $all -DKORVAN_HOST_CRYPTOAPI) in
     *"is a macro"*) echo "KORVAN_HOST_CRYPTOAPI is not looked at"; exit 1 ;;
   esac
+  says "a name of korvan is a macro" "$work/oid_info.cc" \
+    -DPARAMSET_OID_GROUP_ID=20
+
+  # Other layouts: a host's, and those that a #pragma before the headers makes.
+  host "LPCWSTR is of 32-bit characters" 's/wchar_t\* LPCWSTR/char16_t* LPCWSTR/'
+  host "DWORD has 32 bits" 's/unsigned int DWORD/unsigned long DWORD/'
+  host "CRYPT_BIT_BLOB has the published layout" 's/cUnusedBits/&[4]/'
+  asserts "COidData begins as a CRYPT_OID_INFO does" \
+    "#include <korvan/cryptoapi.h>" "#pragma pack(4)" "#include <korvan/korvan.h>"
   include korvan/korvan.h
 done

@@ -288,7 +288,7 @@ class KORVAN_API CASNTBaseRecord {
   const IdentObj& GetEncodedRecord(int* status) const;
 
  private:
-  Asn1Status Status() const;
+  Asn1Status FindStatus() const;
 
   unsigned int tag_;
   unsigned int size_;
