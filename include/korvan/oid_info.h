@@ -36,7 +36,8 @@
 /// after it have bit 0x2. A record that a lookup returned to this thread needs
 /// no such care. A walk, too, must not overlap `CleanupOidInfo`.
 ///
-/// Forks. A process may fork at any time. Lookups go on in the child, with the
+/// Forks. A process may fork at any time, but in a handler of a signal that can
+/// interrupt a lookup only by `_Fork`. Lookups go on in the child, with the
 /// names that were loaded at that moment.
 #ifndef KORVAN_OID_INFO_H_
 #define KORVAN_OID_INFO_H_
