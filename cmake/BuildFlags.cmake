@@ -51,9 +51,9 @@ target_compile_options(korvan_quick_build_flags INTERFACE
 target_link_libraries(korvan_quick_build_flags INTERFACE korvan_build_flags)
 
 # The first two keep a compiler from dropping a check because what it looks for
-# is undefined. Zeroed local variables (-ftrivial-auto-var-init=zero) would make
-# key conversions take 60 % more instructions, the standard library's assertions
-# some lookups 8 %.
+# is undefined. Zeroed local variables (-ftrivial-auto-var-init=zero) and the
+# standard library's assertions are left out for their cost, which docs/testing.md
+# has.
 #
 # Some are of one processor. On 64-bit POWER, GNU's linker lets the loader change
 # what `__tls_get_addr` is given, and only its own stub, which -fno-plt does
