@@ -129,6 +129,13 @@ TEST_F(IniLongLine, ItsLoadTakesNoMemoryForTheLinesBeforeIt) {
   EXPECT_EQ(file.GetKeyValue("Main", "[k").size(), kSize);
 }
 
+// A string's memory is a multiple of this.
+#ifdef _LIBCPP_VERSION
+constexpr std::size_t kRoundedUp = 16;
+#else
+constexpr std::size_t kRoundedUp = 1;
+#endif
+
 // The memory that a document takes for a file with a value of 300 KiB.
 std::size_t MemoryKept(const std::string& path, std::size_t size_of_rest) {
   WriteBytes(path, "[Main]\n[k=" + std::string(300 * kKiB, 'v') + "\n" +
@@ -144,7 +151,8 @@ TEST_F(IniLongLine, ItsKeyKeepsMemoryForNoMoreThanTwiceItsValue) {
   EXPECT_LT(MemoryKept(path, 16 * kMiB), 310 * kKiB);
   EXPECT_LT(MemoryKept(path, 300 * kKiB + 1), 310 * kKiB);
   // Another move of the value would cost more.
-  EXPECT_GT(MemoryKept(path, 300 * kKiB), 600 * kKiB);
+  constexpr std::size_t kMost = 300 * kKiB - 2 * (kRoundedUp - 1);
+  EXPECT_GT(MemoryKept(path, kMost), 300 * kKiB + kMost);
 }
 
 std::size_t limit = 0;
@@ -174,8 +182,10 @@ TEST_F(IniLongLine, UpTo256KiBOfItAreReadAhead) {
 TEST_F(IniLongLine, UpTo128MiBAreTakenForItsValueAtOnce) {
   WriteBytes(path, "[Main]\n[k=" + std::string(600 * kKiB, 'v'));
   std::filesystem::resize_file(path, 129 * kMiB);  // takes no disk
+  const std::size_t block = FirstBlockOfMoreThan(kMiB, path);
   constexpr std::size_t kWithItsNul = 128 * kMiB + 1;
-  EXPECT_EQ(FirstBlockOfMoreThan(kMiB, path), kWithItsNul);
+  EXPECT_GE(block, kWithItsNul);
+  EXPECT_LT(block, kWithItsNul + kRoundedUp);
 }
 
 TEST_F(IniLongLine, ItsEndIsSoughtIn64MiBBehindKeysInNoOrder) {
