@@ -152,7 +152,8 @@ class KORVAN_API CIniFileA {
       /// @errors{The name is taken, or there is no owner: false.}
       /// @par Ownership
       /// The text is copied. A KEY THAT NO SECTION HOLDS BECOMES ITS OWNER'S by
-      /// that, which deletes it in the end: it must come from `new`.
+      /// that, which deletes it in the end: it must come from `new`. One of its
+      /// former name that the section holds stays there.
       /// @changes
       bool SetKeyName(std::string name);
 
@@ -313,7 +314,8 @@ class KORVAN_API CIniFileA {
     /// @errors{The name is taken, or there is no owner: false.}
     /// @par Ownership
     /// The text is copied. A SECTION THAT NO DOCUMENT HOLDS BECOMES ITS OWNER'S
-    /// by that, which deletes it in the end: it must come from `new`.
+    /// by that, which deletes it in the end: it must come from `new`. One of its
+    /// former name that the document holds stays there.
     /// @changes
     bool SetSectionName(std::string name);
 

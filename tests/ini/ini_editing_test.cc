@@ -280,10 +280,12 @@ TEST_F(IniEditing, AnObjectMadeByHandIsEnteredByARename) {
 TEST_F(IniEditing, AnObjectMadeByHandPushesNobodyOutOfTheMap) {
   const long live = LiveBlocks();
   Section* const held = file.AddSection("Main"_t);
-  Section* const by_hand = new Section(&file, "Main"_t);
-  EXPECT_TRUE(by_hand->SetSectionName("Other"_t));
+  Key* const held_key = held->AddKey("k"_t);
+  EXPECT_TRUE((new Section(&file, "Main"_t))->SetSectionName("Other"_t));
+  EXPECT_TRUE((new Key(held, "k"_t))->SetKeyName("l"_t));
   EXPECT_EQ(file.GetSection("Main"_t), held);
-  EXPECT_EQ(Content(), "Main{} Other{}");
+  EXPECT_EQ(held->GetKey("k"_t), held_key);
+  EXPECT_EQ(Content(), "Main{k=|l=} Other{}");
   file.RemoveAllSections();
   EXPECT_EQ(LiveBlocks(), live);
 }
