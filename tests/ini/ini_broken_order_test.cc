@@ -210,6 +210,29 @@ TEST(IniEditingWithoutAnOrder, KeysAreNotSorted) {
             std::find(names.begin(), names.end(), low));
 }
 
+// What a load of keys in no order allocates whose names end in `character`.
+long CallsToLoad(unsigned int character) {
+  String text = L"[Main]\n[z=\n";
+  for (int i = 0; i < 50; ++i) {
+    text += L"[k" + std::to_wstring(1000 + i * 7 % 50) +
+            static_cast<wchar_t>(character) + L"=v\n";
+  }
+  StringInput input(text);
+  File file;
+  const long calls = NewCalls();
+  file.Load(input);
+  return NewCalls() - calls;
+}
+
+// Names that are compared as C strings may differ behind a NUL.
+TEST(IniEditingWithoutAnOrder, KeysWithANulAreNotSortedEither) {
+  const long calls_one_by_one = CallsToLoad(0x80000000);
+  EXPECT_EQ(CallsToLoad(0), calls_one_by_one);
+  for (const unsigned int character : {1u, 2u, 0x7FFFFFFFu}) {
+    EXPECT_LT(CallsToLoad(character), calls_one_by_one) << character;
+  }
+}
+
 // Many keys are sorted by their folded characters before they are entered.
 TEST(IniEditingWithoutAnOrder, KeysThatAreNotComparedAsTheyFoldAreEntered) {
   String text = L"[Main]\n[z=\n";
