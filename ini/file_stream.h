@@ -43,7 +43,7 @@ class Uncancelled {
   ~Uncancelled() { pthread_setcancelstate(former_, nullptr); }
 
  private:
-  int former_ = 0;
+  int former_;
 };
 
 // A file whose characters are its bytes. It can read ahead of the stream, so
@@ -187,11 +187,9 @@ class OutputFile {
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile() {
-    // An exception has left it open.
-    if (is_open()) {
-      const Uncancelled uncancelled;
-      Close();
-    }
+    // An exception may have left it open.
+    const Uncancelled uncancelled;
+    Close();
   }
 
   bool is_open() const { return stream_.is_open(); }
