@@ -656,6 +656,7 @@ class Table {
       EXPECT_EQ(bytes, old);
     } else {
       EXPECT_TRUE(trial.Thrown() == "bad_alloc" || opened);
+      EXPECT_TRUE(!opened || bytes == SavedWhole() || !trial.RefusedNew());
       EXPECT_TRUE(bytes == old || SavedWhole().starts_with(bytes)) << bytes;
     }
     EXPECT_TRUE(file.Save(path));
