@@ -6,7 +6,9 @@
 #include <atomic>
 #include <cstddef>
 #include <string>
+#include <vector>
 
+#include "ini/hostile_buffers.h"
 #include "ini/width.h"
 #include "support/campaign.h"
 #include "support/folder.h"
@@ -16,17 +18,19 @@ namespace korvan::test {
 namespace {
 
 constexpr int kThreads = 8;
+constexpr int kKeys = 40;  // of a section; so many are entered at once
 
 String Number(int number) { return Text(std::to_string(number)); }
 
-// Three sections with some keys that the reader takes. Turkish folds the names,
-// too: they have no I.
+// Three sections with keys in no order that the reader takes. Turkish folds the
+// names, too: they have no I.
 String TextOf(int number) {
   String text;
   for (const int section : {2, 0, 1}) {
     text += "[Part"_t + Number(section) + "]\n"_t;
-    for (const int key : {4, 1, 3, 0, 2}) {
-      text += "[Key"_t + Number(key) + "="_t + Number(number) + "\n"_t;
+    for (int key = 0; key < kKeys; ++key) {
+      text += "[Key"_t + Number(50 - key * 7 % kKeys) + "="_t + Number(number) +
+              "\n"_t;
     }
   }
   return text;
@@ -46,14 +50,17 @@ TEST(IniThreads, ThreadsChangeTheirOwnDocumentsAtOnce) {
       File file;
       StringInput input(TextOf(number));
       file.Load(input);
-      file.SetKeyValue("Part1"_t, "[Key9"_t, Number(number));
-      wrong += !file.RenameKey("part1"_t, "[key9"_t, "[Key8"_t);
-      wrong += file.GetKeyValue("PART1"_t, "[KEY8"_t) != Number(number);
+      wrong += file.GetKeyValue("Part0"_t, "[Key20"_t) != Number(number);
+      file.SetKeyValue("Part1"_t, "[Key99"_t, Number(number));
+      wrong += !file.RenameKey("part1"_t, "[key99"_t, "[Key88"_t);
+      wrong += file.GetKeyValue("PART1"_t, "[KEY88"_t) != Number(number);
       file.RemoveSection("Part0"_t);
       const String before = Saved(file);
-      StringInput again(before);
+      PiecewiseInput pieces(before, {7});
+      InputStream again(&pieces);
       file.Load(again);
       wrong += Saved(file) != before || file.GetSections().size() != 2;
+      wrong += file.GetSection("Part1"_t)->GetKeys().size() != kKeys + 1;
     }
   });
   EXPECT_EQ(wrong, 0);
@@ -68,15 +75,15 @@ TEST(IniThreads, ThreadsReadOneDocumentAtOnce) {
   std::atomic<int> wrong = 0;
   RunTogether(kThreads, [&](int number) {
     const String section_name = "PART"_t + Number(number % 3);
-    const String key_name = "[KEY"_t + Number(number % 5);
+    const String key_name = "[KEY"_t + Number(20 + number);
     for (std::size_t round = 0; round < rounds; ++round) {
       Section* const section = file.GetSection(section_name);
       Key* const key = section->GetKey(key_name);
-      wrong += key->GetValue() != "7"_t || key->GetKeyName().size() != 5;
+      wrong += key->GetValue() != "7"_t || key->GetKeyName().size() != 6;
       wrong += section->GetSectionName().size() != 5;
       wrong += section->GetKeyValue(key_name) != "7"_t;
       wrong += file.GetKeyValue(section_name, "none"_t) != ""_t;
-      wrong += section->GetKeys().size() != 5;
+      wrong += section->GetKeys().size() != kKeys;
       wrong += file.GetSections().size() != 3;
       wrong += Saved(file) != saved;
     }
@@ -117,7 +124,8 @@ TEST(IniThreads, ThreadsTrimAndConvertAndCompareTheirOwnTextsAtOnce) {
       wrong += text != bare;
       wrong += Less()(bare, "nAME"_t + Number(number));
       wrong += !Less()(bare, "nAME"_t + Number(number + 1));
-      wrong += str_to_wstr(wstr_to_str(L"name")) != L"name";
+      const std::wstring wide = L"name" + std::to_wstring(number);
+      wrong += str_to_wstr(wstr_to_str(wide)) != wide;
     }
   });
   EXPECT_EQ(wrong, 0);
