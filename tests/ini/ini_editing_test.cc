@@ -53,19 +53,19 @@ TEST_F(IniEditing, AddFindsNamesInWhateverOrderTheyCome) {
 }
 
 TEST_F(IniEditing, TheArgumentIsTheCallsOwnCopy) {
-  const String name = " a "_t;
+  String name = "a text that is too long to be inline"_t;
   Section* const section = file.AddSection(name);
-  section->AddKey(name);
-  file.GetSection(name);
-  section->SetSectionName(name);
-  section->SetKeyValue(name, name);
-  section->GetKey(name)->SetValue(name);
-  section->GetKeyValue(name);
+  Key* const key = section->AddKey(name);
+  key->SetValue(name);
+  const std::string content = Content();
+  name.assign(name.size(), Char{'x'});
+  EXPECT_EQ(Content(), content);
+  name = " a name and a value of the same length "_t;
   file.SetKeyValue(name, name, name);
-  file.GetKeyValue(name, name);
-  file.RenameKey(name, name, name);
-  file.RemoveSection(name);
-  EXPECT_EQ(Shown(name), " a ");
+  EXPECT_TRUE(section->SetSectionName("another"_t));
+  EXPECT_TRUE(section->SetSectionName(name + "b"_t));
+  EXPECT_TRUE(key->SetKeyName(name + "b"_t));
+  EXPECT_EQ(Shown(name), " a name and a value of the same length ");
 }
 
 TEST_F(IniEditing, GetFindsTrimmedNamesAndCreatesNothing) {

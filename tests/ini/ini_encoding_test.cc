@@ -22,6 +22,7 @@ TEST(IniFileName, NarrowNamesAreOpenedAsTheyAre) {
   file.AddSection("Main");
   EXPECT_TRUE(file.Save(path));
   EXPECT_EQ(BytesOf(path), "[Main]\n");
+  file.AddSection("Old");
   EXPECT_TRUE(file.Load(path));
   EXPECT_EQ(ContentOf(file), "Main{}");
 }
@@ -105,6 +106,7 @@ TEST(IniFileEncoding, NarrowFilesAreConvertedWhereTheLocaleConverts) {
     const CxxLocale plain_locale("C");
     EXPECT_EQ(BytesOf(path), "\\Nbjo^\v\\l>w\v");
   }
+  file.AddSection("Old");
   EXPECT_TRUE(file.Load(path));
   EXPECT_EQ(ContentOf(file), "Main{[k=v}");
 }
@@ -162,6 +164,7 @@ TEST(IniFileEncoding, WideFilesAreInTheGlobalLocalesEncoding) {
     file.SetKeyValue(L"\u0416", L"[k", L"\u044F");
     EXPECT_TRUE(file.Save(wide_path));
     EXPECT_EQ(BytesOf(path), encoding.bytes);
+    file.AddSection(L"Old");
     EXPECT_TRUE(file.Load(wide_path));
     EXPECT_EQ(ContentOf(file), "\\416;{[k=\\44f;}");
   }

@@ -78,10 +78,13 @@ namespace {
 // Not a regular file, so nothing but the reads tells how much there is of it.
 const char* const kFile = "/dev/null";
 
+std::size_t reads_left = 0;
+
 std::string Loaded(const std::vector<std::string>& reads) {
   next_reads = reads;
   File file;
   EXPECT_TRUE(file.Load(kFile));
+  reads_left = next_reads.size();
   next_reads.clear();
   return ContentOf(file);
 }
@@ -137,6 +140,7 @@ TEST(IniReadError, ALineBehindARunThatAnErrorCutsIsDropped) {
 
 TEST(IniReadError, WhatComesBehindTheEndIsForTheNextLoad) {
   ExpectAsPlain({ARun(), kEnds, "[late=v\n", kEnds});
+  EXPECT_EQ(reads_left, 2u);
 }
 
 #endif

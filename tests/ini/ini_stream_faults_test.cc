@@ -77,6 +77,8 @@ TEST(IniStreamFaults, ALoadLooksLikeGetlineHoweverItsStreamFails) {
     for (const LoadCase& load : Some(all, 29)) {
       File file;
       PlainFile plain;
+      file.SetKeyValue("A"_t, "[old"_t, "v"_t);
+      plain.Set("A"_t, "[old"_t, "v"_t);
       ASSERT_EQ(Load(load, file), Load(load, plain)) << text << '\n'
                                                      << Described(load);
       ++tried;
