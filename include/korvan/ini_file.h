@@ -314,8 +314,8 @@ class KORVAN_API CIniFileA {
     /// @errors{The name is taken, or there is no owner: false.}
     /// @par Ownership
     /// The text is copied. A SECTION THAT NO DOCUMENT HOLDS BECOMES ITS OWNER'S
-    /// by that, which deletes it in the end: it must come from `new`. One of its
-    /// former name that the document holds stays there.
+    /// by that, which deletes it in the end: it must come from `new`. One of
+    /// its former name that the document holds stays there.
     /// @changes
     bool SetSectionName(std::string name);
 
