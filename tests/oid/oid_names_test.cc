@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "oid/expected_rows.h"
 #include "oid/find.h"
 #include "oid/registry_rows.h"
 #include "support/child_process.h"
@@ -45,6 +46,23 @@ class OidNames : public testing::Test {
 
   static COidData& Row(int row) {
     return *RegistryRows()[static_cast<std::size_t>(row)];
+  }
+
+  // A copy of every record of the registry.
+  static std::vector<COidData> RegistryContent() {
+    std::vector<COidData> content;
+    for (const COidData* const record : RegistryRows()) {
+      content.push_back(*record);
+    }
+    return content;
+  }
+
+  // Whether every byte of the registry is as it was then.
+  static bool RegistryIs(const std::vector<COidData>& then) {
+    const std::vector<COidData> now = RegistryContent();
+    return now.size() == then.size() &&
+           std::memcmp(now.data(), then.data(),
+                       then.size() * sizeof(COidData)) == 0;
   }
 
   // Whether `holds` is true in a child process, which begins with the registry
@@ -306,10 +324,14 @@ TEST_F(OidNames, ANameThatCleanupTookLetsALaterRowWin) {
 TEST_F(OidNames, ASecondCleanupChangesNothing) {
   FindUnknownName(kAllGroups);
   CleanupOidInfo();
-  CleanupOidInfo();
   for (const COidData* record : RegistryRows()) {
     EXPECT_EQ(record->dwOidFlags & kNameIsOwned, 0u);
   }
+  const std::vector<COidData> cleaned_up = RegistryContent();
+  SetLastError(kUntouchedError);
+  CleanupOidInfo();
+  EXPECT_EQ(GetLastError(), kUntouchedError);
+  EXPECT_TRUE(RegistryIs(cleaned_up));
 }
 
 TEST_F(OidNames, TheCleanupHelperCleansUpWhenItIsDestroyed) {
@@ -482,23 +504,11 @@ class OidNamesOfOwnRecords : public OidNames {
       const std::unique_ptr<const wchar_t[]> owned(records[i].pwszName);
       ASSERT_STREQ(records[i].pwszName, L"Common Name");
     }
-    const std::vector<COidData> after = RegistryContent();
-    EXPECT_EQ(std::memcmp(after.data(), before.data(),
-                          before.size() * sizeof(COidData)),
-              0);
+    EXPECT_TRUE(RegistryIs(before));
     EXPECT_EQ(Loaded(), std::set<int>{});
     // A search still loads every name of the registry.
     EXPECT_EQ(FindUnknownName(kAllGroups), nullptr);
     EXPECT_EQ(Loaded(), all_);
-  }
-
- private:
-  static std::vector<COidData> RegistryContent() {
-    std::vector<COidData> content;
-    for (const COidData* const record : RegistryRows()) {
-      content.push_back(*record);
-    }
-    return content;
   }
 };
 
@@ -595,12 +605,11 @@ TEST_F(OidNames, ATableOverLibraryRowsLoadsOnlyTheRowsItCovers) {
 
 TEST_F(OidNames, EveryLoadedTextIsTheStringTables) {
   FindUnknownName(kAllGroups);
-  EXPECT_STREQ(RowOf(CRYPT_HASH_ALG_OID_GROUP_ID, 0)->pwszName,
-               L"GOST R 34.11-94 (Quorin 2)");
-  EXPECT_STREQ(RowOf(CRYPT_ENHKEY_USAGE_OID_GROUP_ID, 14)->pwszName,
-               L"Embedded Windows System Component Verification");
-  EXPECT_STREQ(RowOf(CRYPT_POLICY_OID_GROUP_ID, 0)->pwszName,
-               L"All issuance policies");
+  const std::vector<COidData*> rows = RegistryRows();
+  ASSERT_EQ(rows.size(), kExpectedRows.size());
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    EXPECT_STREQ(rows[row]->pwszName, kExpectedRows[row].name) << "row " << row;
+  }
 }
 
 }  // namespace
