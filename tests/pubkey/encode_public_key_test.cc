@@ -44,8 +44,10 @@ TEST(EncodePublicKey, TheKeyOfOneAlgorithmIsLeftBare) {
 TEST(EncodePublicKey, TheKeysOfAllOtherAlgorithmsAreWrapped) {
   for (const unsigned int algorithm :
        {0u, 0x2E28u, 0x2E2Au, 0x2E1Eu, 0xA400u, 0x12E29u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(Encode(ModelHeader(algorithm, 8) + Bytes{9}).key,
-              (Bytes{0x04, 0x01, 9}));
+    const Bytes blob = ModelHeader(algorithm, 8) + Bytes{7, 9};
+    const Bytes wrapped = {0x04, 0x01, 9};
+    EXPECT_EQ(Encode(blob),
+              (Encoded{1, kUntouchedError, wrapped, 3, Bytes{7}, 1}));
   }
 }
 
@@ -67,11 +69,20 @@ TEST(EncodePublicKey, AnEmptyBareKeyIsHandedOut) {
 }
 
 TEST(EncodePublicKey, TheRestOfTheHeaderIsIgnored) {
-  Bytes blob = ModelHeader(0x2E23, 8) + Bytes{9};
+  Bytes blob = ModelHeader(0x2E23, 8) + Bytes{7, 9};
+  const Encoded whole = ModelEncode(blob);
   for (const std::size_t at : {0u, 1u, 2u, 3u, 8u, 9u, 10u, 11u}) {
     blob[at] = 0xEE;
+    EXPECT_EQ(Encode(blob), whole) << "byte " << at;
   }
-  EXPECT_EQ(Encode(blob).key, (Bytes{0x04, 0x01, 9}));
+}
+
+TEST(EncodePublicKey, ParametersOfAThousandBytesAreCopiedWhole) {
+  for (const unsigned int algorithm : {0x2E23u, 0x2E29u}) {
+    const Bytes blob = ModelHeader(algorithm, 512) + Counted(1064);
+    EXPECT_EQ(Encode(blob), ModelEncode(blob));
+    EXPECT_EQ(Encode(blob).parameters, Counted(1000));
+  }
 }
 
 TEST(EncodePublicKey, NoOutputIsTouchedWithoutABlob) {
