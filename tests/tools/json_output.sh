@@ -28,15 +28,25 @@ END
 
 # json RESULT EXPRESSION ARGUMENT...
 # Runs the program with --json and the arguments. RESULT is what an expression
-# of Python is, in which the members of the document are variables.
+# of Python is, in which the members of the document are variables. The exit
+# status and the messages are those that there are without --json. Neither run
+# has an input, which the other would miss.
 json() {
   wanted=$1 expression=$2
   shift 2
-  "$program" --json "$@" > out 2> err || true
+  got=0 plain=0
+  "$program" "$@" > plain_out 2> plain_err < /dev/null || plain=$?
+  "$program" --json "$@" > out 2> err < /dev/null || got=$?
   shown=$(LC_ALL=C.UTF-8 python3 members.py "$members" "$expression" \
     < out 2>&1) || fail "$* --json: $shown"
   [ "$shown" = "$wanted" ] ||
     fail "$expression of $* is '$shown', not '$wanted'"
+  [ "$got" -eq "$plain" ] ||
+    fail "$* --json: exit status $got, without --json $plain"
+  cmp -s plain_err err || fail "$* --json has other messages:
+$(cat err)
+without --json:
+$(cat plain_err)"
 }
 
 # harmless: the last output has no control character but the line feed, and of

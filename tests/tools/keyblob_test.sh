@@ -41,6 +41,10 @@ if [ "$1" = --self-test ]; then
     with "a member less in JSON" 'the members are' \
       'case $1 in --json) "$real" "$@" | sed "/key_bits/d"; exit ;; esac
        exec "$real" "$@"'
+    with "no status with JSON" '--json: exit status 0, without' \
+      '"$real" "$@"; status=$?; [ "$1" != --json ] || exit 0; exit "$status"'
+    with "no messages with JSON" '--json has other messages' \
+      '[ "$1" != --json ] || exec 2> /dev/null; exec "$real" "$@"'
     with "raw control characters" 'a control character' \
       'case $* in evil.der) printf "\033" ;; esac; exec "$real" "$@"'
     with "a crash on garbage" 'ends with status 134' \

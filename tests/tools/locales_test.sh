@@ -17,8 +17,9 @@ if [ "$1" = --self-test ]; then
     changed "$program" "names found by the rules of C" 'exit status 0, wanted 1' \
       'LC_ALL=C.UTF-8 exec "$real" "$@"' "$locales"
     changed "$program" "JSON in the encoding of the locale" 'no JSON in UTF-8' \
-      '[ "$1" != --json ] || { "$real" "$@" | iconv -f UTF-8 -t KOI8-R; exit; }
-       exec "$real" "$@"' "$locales"
+      '[ "$1" = --json ] || exec "$real" "$@"
+       "$real" "$@" > text; status=$?; iconv -f UTF-8 -t KOI8-R text
+       exit "$status"' "$locales"
     changed "$program" "messages in UTF-8" 'has the name' \
       '"$real" "$@" 2> text; status=$?; iconv -f KOI8-R -t UTF-8 text >&2
        exit "$status"' "$locales"

@@ -50,6 +50,10 @@ if [ "$1" = --self-test ]; then
     changed "$2" "a member less in JSON" 'the members are' \
       'case $* in *--json*) "$real" "$@" | sed "/cng_extra/d"; exit ;; esac
        exec "$real" "$@"'
+    changed "$2" "no status with JSON" '--json: exit status 0, without' \
+      '"$real" "$@"; status=$?; [ "$1" != --json ] || exit 0; exit "$status"'
+    changed "$2" "no messages with JSON" '--json has other messages' \
+      '[ "$1" != --json ] || exec 2> /dev/null; exec "$real" "$@"'
     changed "$2" "raw control characters" 'a control character' \
       '"$real" "$@" 2> messages; status=$?; sed "s/u{202E}/&$(printf "\033")/" \
        messages >&2; exit "$status"'
