@@ -8,8 +8,9 @@ if [ "$1" = --self-test ]; then
   shift
   # shellcheck source=tests/support/self_test.sh
   . "$(dirname "$0")/../support/self_test.sh"
-  # A cmake that finds every package, one that requires them, and one that
-  # finds those that are missing alone.
+  # A cmake that finds every package, one that requires them, one that finds
+  # those that are missing alone, one that makes all targets up, and one that
+  # knows no test program.
   # shellcheck disable=SC2016  # for the written scripts
   {
     fake finds 'for arg; do shift; case $arg in
@@ -20,6 +21,10 @@ if [ "$1" = --self-test ]; then
     fake finds_last 'case "$*" in *GTest*) ;; *) for arg; do shift; case $arg in
         -DCMAKE_DISABLE_*) ;; *) set -- "$@" "$arg" ;; esac; done ;; esac
       exec '"'$1'"' "$@"'
+    fake builds_all "'$1'"' "$@" || exit
+      [ "$1" != --build ] || echo "... oid_lookup_test"'
+    fake builds_few "'$1'"' "$@" > "$0.said"; status=$?
+      sed /oid_lookup_test/d "$0.said"; exit "$status"'
   }
   must_fail "packages that are there" "not said once: libgtest" \
     "$0" "$work/finds" "$2" "$3" "$work/work"
@@ -27,6 +32,11 @@ if [ "$1" = --self-test ]; then
     "$0" "$work/requires" "$2" "$3" "$work/work"
   must_fail "a package that is there" "not said once: nlohmann" \
     "$0" "$work/finds_last" "$2" "$3" "$work/work"
+  must_fail "a test program that needs a package" \
+    "the target oid_lookup_test needs" \
+    "$0" "$work/builds_all" "$2" "$3" "$work/work"
+  must_fail "no test programs" "no target oid_lookup_test" \
+    "$0" "$work/builds_few" "$2" "$3" "$work/work"
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4
@@ -88,12 +98,12 @@ says_once 'libgtest-dev is missing: the test programs' \
   'doxygen is missing: the target docs'
 has korvan korvan_platform first_call key_to_blob text_by_number narrow_ini \
   wide_ini
-has_not docs oidinfo initool keyblob text_test
+has_not docs oidinfo initool keyblob oid_lookup_test
 
 # shellcheck disable=SC2046
 configure no_json $(without nlohmann_json)
 says_once 'nlohmann-json3-dev is missing: the command-line programs'
-has korvan first_call
+has korvan first_call oid_lookup_test
 has_not oidinfo initool keyblob
 
 # shellcheck disable=SC2046
