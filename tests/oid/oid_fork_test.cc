@@ -126,7 +126,10 @@ TEST(OidFork, NoNameIsPublishedWhileAForkIsUnderWay) {
     InitOidInfoWorker(record, 0xFFFF);
     is_published = true;
   });
-  const pid_t child = StartChild([] { return kFound; });
+  const pid_t child = StartChild([] {
+    alarm(kSecondsUntilHung);  // which kills the child
+    return FindAmongAllNames();
+  });
   publisher.join();
   is_fork_watched = false;
   EXPECT_EQ(ExitStatusOf(child), kFound);
