@@ -22,6 +22,23 @@ if [ "$1" = --self-test ]; then
     's/set(korvan_FOUND FALSE)//'
   breaks "another platform" "should say 'whose platform: host'" \
     's/set(korvan_PLATFORM host)/set(korvan_PLATFORM bundled)/'
+  # ends WHAT MESSAGE SCRIPT: another program, with the package as it is.
+  # shellcheck disable=SC2016  # for the written scripts
+  ends() {
+    fake user 'real=$0.real
+'"$3"
+    fake cmake "'$cmake' \"\$@\" || exit
+      [ \"\$1\" != --build ] || [ ! -x \"\$2/user\" ] ||
+        { mv \"\$2/user\" \"\$2/user.real\" && cp '$work/user' \"\$2\"; }"
+    must_fail "$1" "$2" "$script" "$work/cmake" "$compiler" "$source" "$build" \
+      "$work/work"
+  }
+  # shellcheck disable=SC2016
+  {
+    ends "a program that fails" 'the program fails' '"$real"; exit 1'
+    ends "a program that prints nothing" 'prints no last error' \
+      '"$real" > /dev/null'
+  }
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 build=$4 work=$5
@@ -78,4 +95,7 @@ says 'whose platform: host'
 says "must link the host's libraries as well"
 "$cmake" --build "$work/build" > "$work/log" 2>&1 ||
   { cat "$work/log"; exit 1; }
-"$work/build/user" | grep -q 'last error'
+"$work/build/user" > "$work/printed" ||
+  { cat "$work/printed"; echo "the program fails"; exit 1; }
+grep -q 'last error' "$work/printed" ||
+  { cat "$work/printed"; echo "the program prints no last error"; exit 1; }

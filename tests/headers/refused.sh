@@ -51,6 +51,9 @@ if [ "$1" = --self-test ]; then
   must_fail "a host that is refused" "is not looked at" changed cryptoapi.h \
     '/^#ifndef KORVAN_HOST/d;/^#endif  \/\/ KORVAN_HOST/d' "$@"
   must_fail "no compiler" "^no compiler" "$0" "$source"
+  fake compiler "case \$* in *-dM*) exit 1 ;; esac; exec '$1' \"\$@\""
+  must_fail "a compiler that keeps its macros" "does not tell its macros" \
+    "$0" "$source" "$work/compiler"
   end_self_test
 fi
 source=$1
@@ -143,8 +146,9 @@ for compiler; do
   refused "korvan needs a wchar_t of 32 bits" -fshort-wchar
   # Where the interface has strings or maps, and nowhere else. To another
   # standard library these mean nothing.
-  if "$compiler" -E -dM -include cstddef -x c++ /dev/null | grep -q __GLIBCXX__
-  then
+  "$compiler" -E -dM -include cstddef -x c++ /dev/null > "$work/macros" ||
+    { echo "$compiler does not tell its macros"; exit 1; }
+  if grep -q __GLIBCXX__ "$work/macros"; then
     for one in "$work"/*.cc; do
       case $(basename "$one") in
         korvan.cc | ini_file.cc | text.cc)
