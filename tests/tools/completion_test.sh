@@ -21,6 +21,12 @@ if [ "$1" = --self-test ]; then
   with "names that are not quoted" 'offers' oidinfo 's/printf %q/printf %s/'
   with "no group 20" 'offers' oidinfo 's/ 8 20/ 8/'
   with "ALG_IDs of another field" 'offers' oidinfo 's/_oidinfo_field 8/&0/'
+  with "an option more" 'offers' oidinfo 's/--group --all/--group --grow --all/'
+  with "an option that is there no more" 'offers' keyblob \
+    's/--check --out/--check --output --out/'
+  with "what holds the word anywhere" 'offers' oidinfo \
+    's/== \("[^"]*"\)\*/== *\1*/'
+  with "OIDs of all groups" 'offers' keyblob 's/--group 3/--all/'
   with "no OIDs of algorithms" 'offers' keyblob 's/--group 3/--group 9/'
   with "a file that bash can't read" 'syntax error' keyblob 's/esac//'
   must_fail "no program" 'offers' "$0" "$work/none/oidinfo" "$completions"
@@ -32,16 +38,19 @@ program=$1 completions=$2
 PATH=$(dirname "$program"):$PATH
 
 # offers WANTED WORD...: with the cursor at the end of the last word, bash
-# offers WANTED, of a long list the beginning.
+# offers WANTED and nothing else.
 offers() {
   wanted=$1 call="$*"
   shift
   shown=$(offered "$completions/$1" "$@")
-  case $shown in
-    "$wanted"*) ;;
-    *) fail "bash offers '$shown', not '$wanted': $call" ;;
-  esac
+  [ "$shown" = "$wanted" ] ||
+    fail "bash offers '$shown', not '$wanted': $call"
 }
+offers '--help,--version,--json,--tsv,--oid,--name,--algid,--sign,--group,--all,' \
+  oidinfo -
+offers '--help,--version,--json,--tsv,--from-blob,--oid,--check,--out,' \
+  keyblob --
+offers '1,2,3,4,5,6,7,8,20,'            oidinfo --group ''
 offers '--group,'                       oidinfo --g
 offers '1.2.643.2.2.19,'                oidinfo 1.2.643.2.2.19
 offers '1.2.643.2.2.20,1.2.643.2.2.21,' oidinfo --oid 1.2.643.2.2.2
@@ -57,3 +66,4 @@ offers ','                              oidinfo nothing
 offers '--from-blob,'                   keyblob a --f
 offers ','                              keyblob --out a
 offers '1.2.643.2.2.19,'                keyblob --oid 1.2.643.2.2.19
+offers '1.3.14.3.2.22,'                 keyblob --oid 1.3.14.3.2.2
