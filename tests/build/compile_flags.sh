@@ -1,8 +1,9 @@
 #!/bin/sh
 # compile_flags.sh [--self-test] CMAKE COMPILER SOURCE_DIR WORK_DIR
 # The Release library is compiled with the flags that keep mistakes from being
-# used, every source of it, as the compile database says. What can be seen in
-# the library itself is tests/binary/is_hardened.sh's and imports.sh's.
+# used, every source of it, as the compile database says, and none takes one of
+# them back. What can be seen in the library itself is
+# tests/binary/is_hardened.sh's and imports.sh's.
 set -eu
 if [ "$1" = --self-test ]; then
   cmake=$2 compiler=$3 source=$4
@@ -25,6 +26,16 @@ if [ "$1" = --self-test ]; then
   breaks "checks of copies that are taken back" \
     '^lookup.cc: without -D_FORTIFY_SOURCE=3$' \
     's/-U_FORTIFY_SOURCE;\(-D_FORTIFY[^>]*\)/\1;-U_FORTIFY_SOURCE/'
+  for flag in -w -Wno-shadow -Wformat=1 -O0 -fno-stack-protector \
+    -fstack-protector -fstrict-overflow -fvisibility=default -fno-PIC; do
+    breaks "$flag behind the others" "^lookup.cc: with $flag\$" \
+      "s/ -Wformat=2)/ -Wformat=2 $flag)/"
+  done
+  case $("$compiler" -dumpmachine) in
+    x86_64-*) breaks "no protection of jumps behind the others" \
+      '^lookup.cc: with -fcf-protection=none$' \
+      's/ -Wformat=2)/ -Wformat=2 -fcf-protection=none)/' ;;
+  esac
   end_self_test
 fi
 cmake=$1 compiler=$2 source=$3 work=$4
@@ -43,6 +54,22 @@ case $("$compiler" -dumpmachine) in
   x86_64-*) flags="$flags -fno-plt -fcf-protection=full" ;;
   aarch64-*) flags="$flags -fno-plt -mbranch-protection=standard" ;;
 esac
+flags=$(printf '%s' "$flags" | tr -s '\n ' ' ')
+# takes_back FLAG: whether it is none of the flags, but makes one of them mean
+# less, since it is the compiler's last word on it.
+takes_back() {
+  case " $flags " in *" $1 "*) return 1 ;; esac
+  case $1 in
+    -w | -Wno-* | -O* | -fno-pic | -fno-PIC | -fpic | -fstack-protector*) ;;
+    -W*=* | -f*=* | -m*=*) has "${1%%=*}=" ;;
+    -fno-*) has "-f${1#-fno-}" ;;
+    -f*) has "-fno-${1#-f}" ;;
+    *) return 1 ;;
+  esac
+}
+has() {  # has BEGINNING: whether one of the flags begins so
+  case " $flags" in *" $1"*) ;; *) return 1 ;; esac
+}
 # What a source is fortified with is the last word on it.
 fortified="-D_FORTIFY_SOURCE=3"
 [ "$("$compiler" -dumpversion)" != 11 ] || fortified="-D_FORTIFY_SOURCE=2"
@@ -58,6 +85,9 @@ while read -r command; do
       *" $flag "*) ;;
       *) echo "$name: without $flag"; failed=1 ;;
     esac
+  done
+  for word in $command; do
+    ! takes_back "$word" || { echo "$name: with $word"; failed=1; }
   done
   last=$(printf '%s\n' "$command" | tr ' ' '\n' | grep _FORTIFY_SOURCE |
     tail -n 1)
