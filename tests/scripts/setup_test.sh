@@ -26,6 +26,10 @@ if [ "$1" = --self-test ]; then
       's/^  *say "CC is not used.*/:/'
     breaks "four packages for a demo" '^4 packages for a demo' \
       's/^demo="[^"]*/& a/'
+    breaks "a group of no packages" '^nothing there, lint: status 0' \
+      's/^lint="[^"]*"/lint=/'
+    breaks "a group that is not asked for" '^nothing there, bare: status 0' \
+      's/packages="$packages $bare"/:/'
     breaks "an unknown group" 'an unknown group: status 0' 's/exit 2/continue/'
     breaks "a foreign package taken for missing" '^called: apt-get' \
       's,| sed -n "s.*p"),| sed "s_.* __"),'
@@ -141,6 +145,15 @@ says '^  apt-get install --no-install-recommends g++ cmake'
 count=$(sed -n 's/^  apt-get install --no-install-recommends //p' \
   "$work/output" | wc -w)
 [ "$count" -le 3 ] || fail "$count packages for a demo"
+
+# Nothing is there. Without this, a group of no packages would pass for one
+# whose packages are all there.
+for group in $groups; do
+  setup_on 1000 unknown "$group"
+  [ "$status" -eq 1 ] || fail "nothing there, $group: status $status"
+  calls_nothing
+  says 'apt-get install --no-install-recommends [a-z]'
+done
 
 # One of another architecture, which apt-get has to know before.
 echo "libgtest-dev:arm64 unknown" > "$work/status"
