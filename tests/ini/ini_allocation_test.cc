@@ -168,10 +168,11 @@ void ExpectEachFailureKeepsTheLinesBefore(const std::vector<std::string>& lines,
     if (input.bad()) {
       EXPECT_TRUE(failed);
       EXPECT_EQ(thrown, exceptions != 0);
+      // The last line has no end by which it would be known to be read.
       const auto lines_read = std::count_if(
-          consumed.begin(), consumed.end(),
+          consumed.begin(), consumed.end() - 1,
           [&](std::size_t end) { return end <= buffer.Consumed(); });
-      EXPECT_EQ(content, states.at(static_cast<std::size_t>(lines_read)));
+      EXPECT_EQ(content, states[static_cast<std::size_t>(lines_read)]);
     } else if (thrown) {
       EXPECT_TRUE(failed);
       const auto line =

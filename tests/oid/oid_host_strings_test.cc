@@ -109,8 +109,8 @@ std::size_t mbsrtowcs(wchar_t* to, const char** from, std::size_t size,
   using korvan::test::Filling;
   using korvan::test::filling;
   if (to != nullptr) {
-    // The array is no larger. Of an impossible size the C library writes none.
-    EXPECT_LE(size, std::strlen(*from));
+    // No text is longer. Of an impossible size the C library writes nothing.
+    EXPECT_LE(size, 256u);
   }
   if (to != nullptr && filling != Filling::kWorks) {
     return filling == Filling::kFails ? static_cast<std::size_t>(-1) : 0;
