@@ -433,11 +433,11 @@ TEST(IniKeyRun, ADocumentWhoseLocaleChangedLosesNothingAndLeaksNothing) {
     }
     StringInput input(Text("[Main]\n" + KeyLines(100, "w") + "[I=4\n"));
     file.Load(input, true);
-    // AddressSanitizer's strcasecmp takes "[i" and "[I" for one in any locale.
     std::set<std::string> names;
     for (const auto& [name, key] : file.GetSection("Main"_t)->GetKeys()) {
       names.insert(Shown(name));
     }
+    // AddressSanitizer's strcasecmp takes "[I" for "[i" in any locale.
     std::set<std::string> wanted = {"[i", "[j"};
     for (int i = 0; i < 100; ++i) {
       wanted.insert("[k" + std::to_string(1000 + i));
